@@ -1,0 +1,85 @@
+#pragma once
+
+#include "DatabaseQueue.h"
+#include "RemoteConfig.h"
+
+#include <QObject>
+#include <QQmlEngine>
+
+#include <functional>
+#include <memory>
+
+namespace norvella {
+
+class Settings;
+
+struct LaunchEnvironment
+{
+    QString documentsDirectory;
+    QString masterPath;
+    QString appVersion;
+    QString remoteConfigDefaults = QStringLiteral(":/norvella/FirebaseConfigDefaults.plist");
+
+    // The real locations: the app's data folder and the installed master.
+    static LaunchEnvironment standard();
+};
+
+// Runs the launch sequence and answers quick actions. It holds the one
+// database queue for the life of the process.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Created at start-up")
+    Q_PROPERTY(bool collapsed READ collapsed WRITE setCollapsed NOTIFY collapsedChanged)
+    Q_PROPERTY(bool hasDatabase READ hasDatabase CONSTANT)
+
+public:
+    enum class Status { NotLaunched, Running, FatalError };
+    using WindowFactory = std::function<void(AppDelegate &)>;
+
+    explicit AppDelegate(LaunchEnvironment environment, Settings &settings, QObject *parent = nullptr);
+
+    // The window and home screen are built by the factory at their place in
+    // the sequence, so quick actions find the home screen listening.
+    void setWindowFactory(WindowFactory factory) { m_windowFactory = std::move(factory); }
+
+    // False when a quick action given at launch has been handled here.
+    bool didFinishLaunching(const QString &shortcutType = {});
+    bool performActionForShortcutItem(const QString &type);
+
+    Status status() const { return m_status; }
+    const QString &fatalError() const { return m_fatalError; }
+    std::shared_ptr<DatabaseQueue> queue() const { return m_queue; }
+    bool hasDatabase() const { return m_queue != nullptr; }
+    const RemoteConfig &remoteConfig() const { return m_remoteConfig; }
+    const LaunchEnvironment &environment() const { return m_environment; }
+    bool hasInternetConnection() const { return m_hasInternetConnection; }
+
+    bool collapsed() const { return m_collapsed; }
+    void setCollapsed(bool collapsed);
+
+    // Whether an empty detail column is dropped when the layout collapses.
+    Q_INVOKABLE static bool shouldCollapseSecondary(bool detailIsConjugationScreen, bool detailHasVerb);
+
+signals:
+    void collapsedChanged();
+    // The search quick action on a phone layout: back to the home screen and focus the field.
+    void focusSearchRequested();
+
+private:
+    void startRemoteConfig();
+    bool prepareDatabase();
+
+    LaunchEnvironment m_environment;
+    Settings &m_settings;
+    WindowFactory m_windowFactory;
+    RemoteConfig m_remoteConfig;
+    std::shared_ptr<DatabaseQueue> m_queue;
+    Status m_status = Status::NotLaunched;
+    QString m_fatalError;
+    bool m_collapsed = false;
+    bool m_hasInternetConnection = false;
+};
+
+} // namespace norvella

@@ -1,0 +1,9 @@
+import QtQuick
+import QtQuick.Controls
+import Norvella.App
+
+// The detail column before a verb is chosen.
+Page {
+    header: NavigationBar { title: "" }
+    background: Rectangle { color: Theme.background }
+}

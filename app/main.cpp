@@ -1,0 +1,109 @@
+#include "AppDelegate.h"
+#include "CrashLog.h"
+#include "Screenshot.h"
+#include "Settings.h"
+#include "ShortcutChannel.h"
+
+#include <QCommandLineParser>
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <cstdio>
+#include <cstring>
+
+Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
+
+using namespace norvella;
+
+namespace {
+bool wantsScreenshot(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--screenshot") == 0 || std::strncmp(argv[i], "--screenshot=", 13) == 0)
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Offscreen rendering has to be chosen before the application object exists.
+    if (wantsScreenshot(argc, argv)) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QUICK_BACKEND", "software");
+    }
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("norvella"));
+    QGuiApplication::setOrganizationName(QStringLiteral("Norvella"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Norvella"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(NORVELLA_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("norvella"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Italian verb conjugation reference"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+                                              QStringLiteral("Render offscreen, save the window as PNG and exit."),
+                                              QStringLiteral("file"));
+    const QCommandLineOption sizeOption(QStringLiteral("size"), QStringLiteral("Window size, e.g. 390x844."),
+                                        QStringLiteral("WxH"), QStringLiteral("390x844"));
+    const QCommandLineOption shortcutOption(QStringLiteral("shortcut"),
+                                            QStringLiteral("Perform a quick action: search, favourite, history or list."),
+                                            QStringLiteral("type"));
+    parser.addOptions({screenshotOption, sizeOption, shortcutOption});
+    parser.process(app);
+
+    const bool screenshot = parser.isSet(screenshotOption);
+    const QString shortcut = normalisedShortcutType(parser.value(shortcutOption));
+    const QSize size = parseSize(parser.value(sizeOption));
+    if (!size.isValid()) {
+        std::fprintf(stderr, "norvella: --size wants WIDTHxHEIGHT, e.g. 390x844\n");
+        return 2;
+    }
+
+    // A quick action for an instance that is already open goes to it.
+    if (!screenshot && !shortcut.isEmpty() && ShortcutChannel::forward(ShortcutChannel::defaultServerName(), shortcut))
+        return 0;
+
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QQmlApplicationEngine engine;
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+
+    AppDelegate delegate(LaunchEnvironment::standard(), Settings::standard());
+    delegate.setWindowFactory([&](AppDelegate &d) {
+        engine.setInitialProperties({{QStringLiteral("appDelegate"), QVariant::fromValue(&d)},
+                                     {QStringLiteral("width"), size.width()},
+                                     {QStringLiteral("height"), size.height()}});
+        engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")));
+    });
+    delegate.didFinishLaunching(shortcut);
+    // The reason is already in the log and on stderr.
+    if (delegate.status() == AppDelegate::Status::FatalError)
+        return 1;
+    if (engine.rootObjects().isEmpty()) {
+        std::fprintf(stderr, "norvella: the main window could not be loaded\n");
+        return 1;
+    }
+    auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+
+    if (screenshot) {
+        auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);
+        shot->start();
+        return app.exec();
+    }
+
+    ShortcutChannel channel;
+    channel.listen(ShortcutChannel::defaultServerName());
+    QObject::connect(&channel, &ShortcutChannel::shortcutReceived, &delegate, [&](const QString &type) {
+        delegate.performActionForShortcutItem(normalisedShortcutType(type));
+        window->raise();
+        window->requestActivate();
+    });
+    return app.exec();
+}

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+namespace norvella {
+
+// The user's key-value store. Values keep their type across restarts (a bool
+// stays a bool, 1 stays an integer and 0.75 a double), and every change is
+// written to disk at once through an atomic replace, so a crash never leaves
+// half a file behind.
+class Settings
+{
+public:
+    explicit Settings(QString filePath);
+
+    // The app-wide store in the platform's config folder.
+    static Settings &standard();
+    static QString standardFilePath();
+
+    const QString &filePath() const { return m_filePath; }
+
+    // Untyped read: invalid when absent.
+    QVariant objectForKey(const QString &key) const;
+    bool contains(const QString &key) const { return m_values.contains(key); }
+    QString stringForKey(const QString &key) const;
+    bool boolForKey(const QString &key) const;
+    qint64 integerForKey(const QString &key) const;
+    double doubleForKey(const QString &key) const;
+
+    void setObject(const QString &key, const QVariant &value);
+    void setString(const QString &key, const QString &value) { setObject(key, value); }
+    void setBool(const QString &key, bool value) { setObject(key, value); }
+    void setInteger(const QString &key, qint64 value) { setObject(key, QVariant::fromValue(value)); }
+    void setDouble(const QString &key, double value) { setObject(key, value); }
+    void removeObject(const QString &key);
+    bool synchronize();
+
+    // Drop the in-memory values and read the file again, as a restart would.
+    void reload();
+    void clear();
+
+private:
+    bool save();
+
+    QString m_filePath;
+    QMap<QString, QVariant> m_values;
+};
+
+// Every key the app stores, with what an absent value reads as. Readers go
+// through these functions so the rules live in one place.
+namespace SettingsKeys {
+inline const QString InstalledVersion = QStringLiteral("installed_version");
+inline const QString IncludeEnglish = QStringLiteral("IncludeEnglish");
+inline const QString SearchFrom = QStringLiteral("SearchFrom");
+inline const QString SearchConjugations = QStringLiteral("SearchConjugations");
+inline const QString IncludeConjugations = QStringLiteral("IncludeConjugations");
+inline const QString SortByLang = QStringLiteral("SortByLang");
+inline const QString ShowTranslated = QStringLiteral("ShowTranslated");
+inline const QString TranslationLanguage = QStringLiteral("translation_language");
+inline const QString UseHistory = QStringLiteral("UseHistory");
+inline const QString AnalyticsCollectionEnabled = QStringLiteral("analytics_collection_enabled");
+inline const QString AudioSpeed = QStringLiteral("audio_speed");
+inline const QString AudioVersion = QStringLiteral("audio_version");
+inline const QString NumberOfVerbsViewed = QStringLiteral("number_of_verbs_viewed");
+inline const QString AskedForReview = QStringLiteral("asked_for_review");
+inline const QString TimeAudioWarning = QStringLiteral("time_audio_warning");
+}
+
+namespace Preferences {
+QString installedVersion(const Settings &s);
+bool includeEnglish(const Settings &s);
+// "S" matches from the start of a word; anything else matches anywhere.
+QString searchFrom(const Settings &s);
+bool searchFromStart(const Settings &s);
+bool includeConjugations(const Settings &s);
+bool sortByLang(const Settings &s);
+bool showTranslated(const Settings &s);
+// Empty means the automatic choice.
+QString translationLanguage(const Settings &s);
+bool useHistory(const Settings &s);
+qint64 numberOfVerbsViewed(const Settings &s);
+bool askedForReview(const Settings &s);
+QString audioVersion(const Settings &s);
+// On unless explicitly switched off.
+bool analyticsCollectionEnabled(const Settings &s);
+// Speech rate factor; 0, negative or absent means normal speed.
+double audioSpeed(const Settings &s);
+
+// First-run values; written only when "IncludeEnglish" has never been set.
+bool registerFirstRunValues(Settings &s);
+}
+
+// A bool read through the untyped object counts only when it really is a bool.
+std::optional<bool> strictBool(const QVariant &value);
+
+} // namespace norvella

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QList>
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace norvella {
+
+class Settings;
+class ResultSet;
+
+struct Conjugation
+{
+    QString pronoun;
+    QString verb;
+    // The type id kept as text: the screen matches it exactly, so "07" or
+    // "" fall into no tense.
+    QString type;
+    qint64 order = 0;
+    QString voiceFile;
+};
+
+using ConjugationList = QList<Conjugation>;
+
+struct Verb
+{
+    qint64 id = -1;
+    QString english;
+    QString german, simplified_german;
+    QString french, simplified_french;
+    QString spanish, simplified_spanish;
+    QString dutch, simplified_dutch;
+    QString italian, simplified_italian;
+    QString portuguese, simplified_portuguese;
+    QString turkish, simplified_turkish;
+    bool voice_available = false;
+    bool isFavourite = false;
+    // Nothing sets this: the conjugation screen re-reads the forms each time.
+    bool loaded = false;
+
+    ConjugationList infinito, participioPresente, gerundio, participioPassato, other;
+    ConjugationList indicativoPresente, indicativoPassatoProssimo, indicativoImperfetto,
+            indicativoTrapassatoProssimo, indicativoFuturo, indicativoFuturoAnteriore,
+            indicativoPassatoRemoto, indicativoTrapassatoRemoto;
+    ConjugationList imperativo;
+    ConjugationList congiuntivoPresente, congiuntivoPassatoProssimo, congiuntivoImperfetto,
+            congiuntivoTrapassatoProssimo;
+    ConjugationList condizionalePresente, condizionalePassato;
+
+    // The translation shown beside the infinitive, by "translation_language"
+    // or, when that is automatic, by the first preferred language.
+    QString translation(const Settings &settings) const;
+    QString translation(const Settings &settings, const QStringList &preferredLanguages) const;
+    // The list that holds forms of a conjugation type id ("1" ... "20"), or null.
+    ConjugationList *listForType(const QString &type);
+    const ConjugationList *listForType(const QString &type) const;
+};
+
+using VerbPtr = std::shared_ptr<Verb>;
+
+// The system's preferred UI languages, replaceable in tests.
+namespace PreferredLanguages {
+QStringList get();
+void setOverride(const QStringList &languages);
+void clearOverride();
+}
+
+} // namespace norvella
+
+Q_DECLARE_METATYPE(norvella::VerbPtr)

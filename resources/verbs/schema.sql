@@ -1,0 +1,52 @@
+-- Schema of the shipped verb database. The app reads these tables and writes
+-- only favourite and history; the build tool creates them and fills the rest.
+CREATE TABLE pronoun (
+    _id     INTEGER PRIMARY KEY,
+    pronoun TEXT NOT NULL
+);
+
+CREATE TABLE verb (
+    _id                   INTEGER PRIMARY KEY,
+    italian               TEXT NOT NULL,
+    simplified_italian    TEXT NOT NULL,
+    english               TEXT,
+    german                TEXT,
+    simplified_german     TEXT,
+    french                TEXT,
+    simplified_french     TEXT,
+    spanish               TEXT,
+    simplified_spanish    TEXT,
+    dutch                 TEXT,
+    simplified_dutch      TEXT,
+    portuguese            TEXT,
+    simplified_portuguese TEXT,
+    turkish               TEXT,
+    simplified_turkish    TEXT,
+    voice_available       INTEGER NOT NULL DEFAULT 0
+);
+
+CREATE TABLE conjugation (
+    _id                 INTEGER PRIMARY KEY,
+    verbid              INTEGER NOT NULL,
+    pronounid           INTEGER,
+    verb                TEXT NOT NULL,
+    conjugation_type_id INTEGER NOT NULL,
+    conj_order          INTEGER NOT NULL,
+    voice_file          TEXT
+);
+
+CREATE TABLE favourite (
+    _id    INTEGER PRIMARY KEY,
+    verbid INTEGER
+);
+
+CREATE TABLE history (
+    _id       INTEGER PRIMARY KEY,
+    verbid    INTEGER,
+    timestamp REAL
+);
+
+CREATE INDEX conjugation_verbid ON conjugation(verbid, conj_order);
+CREATE INDEX favourite_verbid ON favourite(verbid);
+CREATE INDEX history_verbid ON history(verbid);
+CREATE INDEX history_timestamp ON history(timestamp);

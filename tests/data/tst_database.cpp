@@ -1,0 +1,100 @@
+#include "CrashLog.h"
+#include "DatabaseQueue.h"
+#include "TestSupport.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace norvella;
+
+class DatabaseTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_path = m_dir.filePath(QStringLiteral("verbs.db"));
+        QVERIFY(test::createFixtureDatabase(m_path));
+    }
+
+    void typedReadsByColumnName()
+    {
+        DatabaseQueue queue(m_path);
+        queue.inDatabase([](Database &db) {
+            auto rs = db.executeQuery(QStringLiteral("SELECT _id, italian AS Name, english, voice_available, 0.75 AS ratio "
+                                                     "FROM verb WHERE _id IN (?, ?) ORDER BY _id"),
+                                      {1, 4});
+            QVERIFY(rs);
+            QVERIFY(rs->next());
+            QCOMPARE(rs->intForColumn(QStringLiteral("_id")), 1);
+            // Column names match without regard to case, as the screens expect.
+            QCOMPARE(rs->stringForColumn(QStringLiteral("name")), QStringLiteral("andare"));
+            QCOMPARE(rs->doubleForColumn(QStringLiteral("ratio")), 0.75);
+            QCOMPARE(rs->boolForColumn(QStringLiteral("voice_available")), false);
+            QVERIFY(rs->next());
+            QVERIFY(rs->stringForColumn(QStringLiteral("english")).isNull());
+            QVERIFY(rs->columnIsNull(QStringLiteral("english")));
+            QCOMPARE(rs->intForColumn(QStringLiteral("no_such_column")), 0);
+            QVERIFY(!rs->next());
+        });
+    }
+
+    void textWithQuotesAndEmojiRoundTrips()
+    {
+        DatabaseQueue queue(m_path);
+        const QString odd = QStringLiteral("l'\"ora\" 😀 %_");
+        queue.inDatabase([&](Database &db) {
+            auto rs = db.executeQuery(QStringLiteral("SELECT ? AS v"), {odd});
+            QVERIFY(rs && rs->next());
+            QCOMPARE(rs->stringForColumn(QStringLiteral("v")), odd);
+        });
+    }
+
+    void failuresReportMessageAndCode()
+    {
+        DatabaseQueue queue(m_path);
+        queue.inDatabase([](Database &db) {
+            QVERIFY(!db.executeQuery(QStringLiteral("SELECT * FROM nowhere")));
+            QVERIFY(db.lastErrorMessage().contains(QStringLiteral("no such table")));
+            QCOMPARE(db.lastErrorCode(), 1);
+            // A wrong number of values is an error, not a silent NULL.
+            QVERIFY(!db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {}));
+            QVERIFY(!db.executeUpdate(QStringLiteral("INSERT INTO nowhere VALUES(1)")));
+        });
+        QCOMPARE(errorReport(DatabaseErrors::PerformingSearch, QStringLiteral("boom"), 7),
+                 QStringLiteral("An error occurred when performing search: boom (7)"));
+    }
+
+    void closedConnectionReopensOnNextTurn()
+    {
+        DatabaseQueue queue(m_path);
+        queue.inDatabase([](Database &db) {
+            QVERIFY(db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {3}));
+            db.close();
+        });
+        queue.inDatabase([](Database &db) {
+            QVERIFY(db.isOpen());
+            auto rs = db.executeQuery(QStringLiteral("SELECT count(*) AS n FROM favourite WHERE verbid = ?"), {3});
+            QVERIFY(rs && rs->next());
+            QCOMPARE(rs->intForColumn(QStringLiteral("n")), 1);
+        });
+    }
+
+    void missingFileIsNotCreated()
+    {
+        const QString missing = m_dir.filePath(QStringLiteral("absent.db"));
+        DatabaseQueue queue(missing);
+        QVERIFY(!queue.isUsable());
+        queue.inDatabase([](Database &db) { QVERIFY(!db.executeQuery(QStringLiteral("SELECT 1"))); });
+        QVERIFY(!QFile::exists(missing));
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QString m_path;
+};
+
+QTEST_GUILESS_MAIN(DatabaseTest)
+#include "tst_database.moc"

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace norvella::test {
+
+// Builds a database with the app's schema and the small fixture data set;
+// extraSql runs afterwards (to add rows a test needs). Returns false on any error.
+bool createFixtureDatabase(const QString &path, const QString &extraSql = {}, bool withFixtureRows = true);
+// Runs SQL directly, outside the app's wrapper, so tests can check what was written.
+QStringList querySingleColumn(const QString &path, const QString &sql);
+bool runSql(const QString &path, const QString &sql);
+
+} // namespace norvella::test
