@@ -79,6 +79,8 @@ bool AppDelegate::prepareDatabase()
         return true;
     case VerbStore::Outcome::Ready:
         m_queue = std::make_shared<DatabaseQueue>(VerbStore::workingCopyPath(m_environment.documentsDirectory));
+        m_queueRef = new DatabaseQueueRef(m_queue, this);
+        emit queueChanged();
         return true;
     }
     return true;

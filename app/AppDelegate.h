@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DatabaseQueue.h"
+#include "DatabaseQueueRef.h"
 #include "RemoteConfig.h"
 
 #include <QObject>
@@ -32,7 +33,9 @@ class AppDelegate : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("Created at start-up")
     Q_PROPERTY(bool collapsed READ collapsed WRITE setCollapsed NOTIFY collapsedChanged)
-    Q_PROPERTY(bool hasDatabase READ hasDatabase CONSTANT)
+    Q_PROPERTY(bool hasDatabase READ hasDatabase NOTIFY queueChanged)
+    // The database queue for the screens (a DatabaseQueueRef), null without a database.
+    Q_PROPERTY(QObject *queue READ queueObject NOTIFY queueChanged)
 
 public:
     enum class Status { NotLaunched, Running, FatalError };
@@ -52,6 +55,7 @@ public:
     const QString &fatalError() const { return m_fatalError; }
     std::shared_ptr<DatabaseQueue> queue() const { return m_queue; }
     bool hasDatabase() const { return m_queue != nullptr; }
+    QObject *queueObject() const { return m_queueRef; }
     const RemoteConfig &remoteConfig() const { return m_remoteConfig; }
     const LaunchEnvironment &environment() const { return m_environment; }
     bool hasInternetConnection() const { return m_hasInternetConnection; }
@@ -64,6 +68,7 @@ public:
 
 signals:
     void collapsedChanged();
+    void queueChanged();
     // The search quick action on a phone layout: back to the home screen and focus the field.
     void focusSearchRequested();
 
@@ -76,6 +81,7 @@ private:
     WindowFactory m_windowFactory;
     RemoteConfig m_remoteConfig;
     std::shared_ptr<DatabaseQueue> m_queue;
+    DatabaseQueueRef *m_queueRef = nullptr;
     Status m_status = Status::NotLaunched;
     QString m_fatalError;
     bool m_collapsed = false;
