@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import Norvella.App
+import Norvella.Resources
 
 // The detail column before a verb is chosen.
 Page {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import Norvella.App
+import Norvella.Resources
 
 // The primary column: navigation bar and the content area where the lists go.
 Page {

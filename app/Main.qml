@@ -2,6 +2,7 @@ import QtQml
 import QtQuick
 import QtQuick.Controls
 import Norvella.App
+import Norvella.Resources
 
 // The window: list column and detail column side by side on wide screens,
 // one stack of pages on narrow ones.

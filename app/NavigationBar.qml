@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import Norvella.App
+import Norvella.Resources
 
 // The coloured bar at the top of every column: white title on the primary colour.
 ToolBar {

@@ -16,6 +16,7 @@
 #include <cstring>
 
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
 
 using namespace norvella;
 
