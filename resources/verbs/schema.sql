@@ -46,7 +46,7 @@ CREATE TABLE history (
     timestamp REAL
 );
 
-CREATE INDEX conjugation_verbid ON conjugation(verbid, conj_order);
+CREATE INDEX conjugation_verbid ON conjugation(verbid);
 CREATE INDEX favourite_verbid ON favourite(verbid);
 CREATE INDEX history_verbid ON history(verbid);
 CREATE INDEX history_timestamp ON history(timestamp);

@@ -1,0 +1,255 @@
+#include "Paradigm.h"
+
+#include "Folding.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace {
+
+// Person slots 1..6 are pronoun ids 1..6; arrays below are indexed by slot - 1.
+struct Clitics
+{
+    std::array<QString, 6> proclitic; // before a finite form
+    QString suffix;                   // after the gerund
+    std::array<QString, 3> imperative; // after the tu, noi, voi imperative
+};
+
+const Clitics reflexive{{QStringLiteral("mi"), QStringLiteral("ti"), QStringLiteral("si"),
+                         QStringLiteral("ci"), QStringLiteral("vi"), QStringLiteral("si")},
+                        QStringLiteral("si"),
+                        {QStringLiteral("ti"), QStringLiteral("ci"), QStringLiteral("vi")}};
+// andarsene: "ne" turns the reflexive clitic into me/te/se/ce/ve.
+const Clitics reflexiveNe{{QStringLiteral("me ne"), QStringLiteral("te ne"), QStringLiteral("se ne"),
+                           QStringLiteral("ce ne"), QStringLiteral("ve ne"), QStringLiteral("se ne")},
+                          QStringLiteral("sene"),
+                          {QStringLiteral("tene"), QStringLiteral("cene"), QStringLiteral("vene")}};
+
+struct CompoundTense
+{
+    ConjugationType simple;
+    ConjugationType compound;
+    Tense simpleTense;
+};
+
+// Display order of the finite tenses; each simple tense is followed by the compound
+// tense whose auxiliary is in that simple tense.
+const std::array<CompoundTense, 7> finiteTenses = {{
+    {IndicativoPresente, PassatoProssimo, IndPresent},
+    {Imperfetto, TrapassatoProssimo, IndImperfect},
+    {Futuro, FuturoAnteriore, IndFuture},
+    {PassatoRemoto, TrapassatoRemoto, IndRemotePast},
+    {CongiuntivoPresente, CongiuntivoPassato, SubjPresent},
+    {CongiuntivoImperfetto, CongiuntivoTrapassato, SubjImperfect},
+    {CondizionalePresente, CondizionalePassato, CondPresent},
+}};
+
+// "andato", "andata" -> "andato/a"
+QString bothGenders(const QString &masculine, const QString &feminine)
+{
+    if (masculine.size() == feminine.size() && masculine.chopped(1) == feminine.chopped(1))
+        return masculine + u'/' + feminine.right(1);
+    return masculine + u'/' + feminine;
+}
+
+// va' + tene -> vattene: a truncated imperative doubles the clitic's consonant.
+QString withEnclitic(const QString &imperative, const QString &clitic)
+{
+    if (imperative.endsWith(u'\''))
+        return imperative.chopped(1) + clitic.front() + clitic;
+    return imperative + clitic;
+}
+
+class VerbBuilder
+{
+public:
+    VerbBuilder(const VerbForms &forms, const VerbForms &auxiliary, bool essere, const Clitics *clitics)
+        : m_forms(forms), m_aux(auxiliary), m_essere(essere), m_clitics(clitics) {}
+
+    QList<FormRow> build(const QString &infinitive)
+    {
+        add(Infinito, 0, infinitive);
+        // A pronominal verb has no present participle of its own (alzantesi is not in
+        // use) and shows the plain past participle its compound tenses are made of.
+        if (!m_clitics)
+            add(ParticipioPresente, 0, m_forms.tenses[PresentParticiple][0]);
+        add(Gerundio, 0, suffixed(m_forms.tenses[Gerund][0]));
+        const QStringList &participle = m_forms.tenses[PastParticiple];
+        const bool hasParticiple = !participle.contains(QString());
+        if (hasParticiple) {
+            for (int slot = 0; slot < 4; ++slot)
+                add(ParticipioPassato, 0, participle[slot]);
+        }
+        for (const CompoundTense &tense : finiteTenses) {
+            for (int person = 1; person <= 6; ++person)
+                add(tense.simple, person, finite(m_forms.tenses[tense.simpleTense][person - 1], person));
+            if (hasParticiple) {
+                for (int person = 1; person <= 6; ++person)
+                    add(tense.compound, person, compound(tense.simpleTense, person));
+            }
+            if (tense.simple == PassatoRemoto)
+                addImperative();
+        }
+        return m_rows;
+    }
+
+private:
+    void add(ConjugationType type, int pronoun, const QString &text)
+    {
+        if (!text.isEmpty())
+            m_rows.append({type, pronoun, text});
+    }
+
+    QString suffixed(const QString &form) const
+    {
+        if (form.isEmpty() || !m_clitics)
+            return form;
+        return form + m_clitics->suffix;
+    }
+
+    QString finite(const QString &form, int person) const
+    {
+        if (form.isEmpty() || !m_clitics)
+            return form;
+        return m_clitics->proclitic[person - 1] + u' ' + form;
+    }
+
+    QString compound(Tense auxiliaryTense, int person) const
+    {
+        const QStringList &participle = m_forms.tenses[PastParticiple];
+        QString agreed = participle[0];
+        if (m_essere)
+            agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
+        return finite(m_aux.tenses[auxiliaryTense][person - 1] + u' ' + agreed, person);
+    }
+
+    void addImperative()
+    {
+        const QStringList &own = m_forms.tenses[Imperative];
+        if (own == QStringList{QString(), QString(), QString()})
+            return;
+        const QStringList &subjunctive = m_forms.tenses[SubjPresent];
+        // tu, noi, voi have their own forms; lui/lei and loro are the subjunctive's.
+        const std::array<std::pair<int, QString>, 5> persons = {{
+            {2, own[0]}, {3, subjunctive[2]}, {4, own[1]}, {5, own[2]}, {6, subjunctive[5]}}};
+        for (const auto &[person, form] : persons) {
+            if (form.isEmpty())
+                continue;
+            if (!m_clitics || person == 3 || person == 6) {
+                add(Imperativo, person, finite(form, person));
+            } else {
+                const int index = person == 2 ? 0 : person - 3;
+                add(Imperativo, person, withEnclitic(form, m_clitics->imperative[index]));
+            }
+        }
+    }
+
+    const VerbForms &m_forms;
+    const VerbForms &m_aux;
+    bool m_essere;
+    const Clitics *m_clitics;
+    QList<FormRow> m_rows;
+};
+
+const VerbForms &requireVerb(const Sources &sources, const char *name)
+{
+    const auto found = sources.forms.find(QLatin1String(name));
+    if (found == sources.forms.end())
+        throw SourceError(QStringLiteral("forms.tsv: '%1' is missing; compound tenses need it").arg(name));
+    return found->second;
+}
+
+void checkAuxiliaries(const Sources &sources)
+{
+    QStringList unknown;
+    for (auto it = sources.auxiliaries.cbegin(); it != sources.auxiliaries.cend(); ++it) {
+        if (!sources.forms.count(it.key()))
+            unknown << it.key();
+    }
+    if (!unknown.isEmpty()) {
+        unknown.sort();
+        throw SourceError(QStringLiteral("auxiliaries.tsv: not verbs of forms.tsv: %1").arg(unknown.join(u", ")));
+    }
+}
+
+// Ids come from verb-ids.tsv so that they survive releases; a verb it does not list
+// yet gets the next free number, which tools/assign-verb-ids will make permanent.
+void assignIds(Entries &entries, const QHash<QString, qint64> &registered)
+{
+    qint64 next = 0;
+    for (const qint64 id : registered)
+        next = std::max(next, id);
+    for (Entry &entry : entries.verbs) {
+        entry.id = registered.value(entry.italian);
+        if (!entry.id) {
+            entry.id = ++next;
+            entries.provisionalIds << entry.italian;
+        }
+    }
+}
+
+} // namespace
+
+Entries buildEntries(const Sources &sources)
+{
+    checkAuxiliaries(sources);
+    const VerbForms &essere = requireVerb(sources, "essere");
+    const VerbForms &avere = requireVerb(sources, "avere");
+
+    Entries entries;
+    QSet<QString> names;
+    for (const auto &[name, forms] : sources.forms) {
+        if (!forms.ownEntry)
+            continue;
+        const bool takesEssere = sources.auxiliaries.value(name, Auxiliary::Avere) == Auxiliary::Essere;
+        VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, nullptr);
+        entries.verbs.append({0, name, false, builder.build(name)});
+        names.insert(name);
+    }
+
+    QStringList errors;
+    QSet<QString> usedBases;
+    for (const PronominalVerb &verb : sources.pronominal) {
+        const auto base = sources.forms.find(verb.base);
+        if (base == sources.forms.end()) {
+            errors << QStringLiteral("%1: base '%2' is not in forms.tsv").arg(verb.infinitive, verb.base);
+            continue;
+        }
+        // The clitic replaces the final -e (alzar-si); -rre verbs drop -re (por-si).
+        const QString stem = verb.base.endsWith(QLatin1String("rre")) ? verb.base.chopped(2) : verb.base.chopped(1);
+        const Clitics *clitics = nullptr;
+        if (verb.infinitive == stem + QLatin1String("si"))
+            clitics = &reflexive;
+        else if (verb.infinitive == stem + QLatin1String("sene"))
+            clitics = &reflexiveNe;
+        if (!clitics) {
+            entries.skippedPronominal << verb.infinitive;
+            continue;
+        }
+        if (names.contains(verb.infinitive)) {
+            errors << QStringLiteral("%1: duplicate verb").arg(verb.infinitive);
+            continue;
+        }
+        VerbBuilder builder(base->second, essere, true, clitics);
+        entries.verbs.append({0, verb.infinitive, true, builder.build(verb.infinitive)});
+        names.insert(verb.infinitive);
+        usedBases.insert(verb.base);
+    }
+    if (!errors.isEmpty())
+        throw SourceError(QStringLiteral("pronominal.tsv: ") + errors.join(QStringLiteral("; ")));
+
+    for (const auto &[name, forms] : sources.forms) {
+        if (!forms.ownEntry && !usedBases.contains(name))
+            entries.unusedBases << name;
+    }
+    std::sort(entries.verbs.begin(), entries.verbs.end(), [](const Entry &a, const Entry &b) {
+        const QString foldedA = fold(a.italian);
+        const QString foldedB = fold(b.italian);
+        return foldedA != foldedB ? foldedA < foldedB : a.italian < b.italian;
+    });
+    assignIds(entries, sources.verbIds);
+    return entries;
+}

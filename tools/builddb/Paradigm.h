@@ -1,0 +1,46 @@
+#pragma once
+
+// Turns the simple-tense forms of the sources into the rows of the conjugation
+// table: the twenty conjugation types, compound tenses and pronominal verbs.
+
+#include "Sources.h"
+
+#include <QList>
+#include <QString>
+
+// conjugation_type_id values.
+enum ConjugationType {
+    Infinito = 1, ParticipioPresente = 2, Gerundio = 3, ParticipioPassato = 4,
+    IndicativoPresente = 6, PassatoProssimo = 7, Imperfetto = 8, TrapassatoProssimo = 9,
+    Futuro = 10, FuturoAnteriore = 11, PassatoRemoto = 12, TrapassatoRemoto = 13,
+    Imperativo = 14, CongiuntivoPresente = 15, CongiuntivoPassato = 16,
+    CongiuntivoImperfetto = 17, CongiuntivoTrapassato = 18,
+    CondizionalePresente = 19, CondizionalePassato = 20
+};
+
+struct FormRow
+{
+    int type = 0;
+    int pronoun = 0; // 0: no pronoun (stored as NULL)
+    QString text;
+};
+
+struct Entry
+{
+    qint64 id = 0;
+    QString italian;
+    bool pronominal = false;
+    QList<FormRow> rows; // in display order
+};
+
+struct Entries
+{
+    QList<Entry> verbs;
+    QStringList skippedPronominal; // shapes other than -si / -sene (farcela, entrarci)
+    QStringList unusedBases;       // base-only verbs no pronominal verb refers to
+    QStringList provisionalIds;    // verbs verb-ids.tsv does not list yet
+};
+
+// Builds every verb's rows, in alphabetical order, with their ids; throws SourceError
+// on inconsistent sources.
+Entries buildEntries(const Sources &sources);

@@ -1,0 +1,129 @@
+#include "Report.h"
+
+#include <QFileInfo>
+#include <QProcess>
+#include <QSet>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace {
+
+QString percent(qsizetype part, qsizetype whole)
+{
+    return whole ? QString::number(100.0 * double(part) / double(whole), 'f', 1) + u'%' : QStringLiteral("-");
+}
+
+void printCoverage(QTextStream &out, const Entries &entries, const TranslationPlan &translations,
+                   const QStringList &frequency)
+{
+    QSet<QString> inDatabase;
+    for (const Entry &entry : entries.verbs)
+        inDatabase.insert(entry.italian);
+    QStringList top;
+    for (const QString &lemma : frequency.mid(0, 1000)) {
+        if (inDatabase.contains(lemma))
+            top << lemma;
+    }
+
+    out << "translation coverage (all " << entries.verbs.size() << " verbs";
+    if (!frequency.isEmpty())
+        out << "; " << top.size() << " of the 1,000 most frequent lemmas that are in the database";
+    out << "):\n";
+    for (int language = 0; language < TranslationLanguages; ++language) {
+        auto translated = [&](const QString &italian) {
+            const auto found = translations.byVerb.constFind(italian);
+            return found != translations.byVerb.cend() && !found->text[language].isNull();
+        };
+        const qsizetype all = std::count_if(inDatabase.cbegin(), inDatabase.cend(), translated);
+        out << "  " << QString::fromLatin1(translationColumns[language]).leftJustified(11) << percent(all, inDatabase.size());
+        if (!frequency.isEmpty())
+            out << "   top-1000: " << percent(std::count_if(top.cbegin(), top.cend(), translated), top.size());
+        out << '\n';
+    }
+    if (frequency.isEmpty())
+        out << "  (no frequency list beside the sources: top-1000 figures skipped)\n";
+}
+
+// Single words of the simple forms: compound forms only repeat them.
+QStringList wordsToCheck(const Entries &entries)
+{
+    QSet<QString> words;
+    for (const Entry &entry : entries.verbs) {
+        for (const FormRow &row : entry.rows) {
+            for (const QString &word : row.text.split(u' ')) {
+                if (!word.contains(u'/'))
+                    words.insert(word);
+            }
+        }
+    }
+    QStringList sorted(words.cbegin(), words.cend());
+    sorted.sort();
+    return sorted;
+}
+
+void printSpelling(QTextStream &out, const Entries &entries)
+{
+    const QString hunspell = QStandardPaths::findExecutable(QStringLiteral("hunspell"));
+    if (hunspell.isEmpty()) {
+        out << "hunspell: not installed, spelling figure skipped (apt-get install hunspell hunspell-it)\n";
+        return;
+    }
+    const QStringList words = wordsToCheck(entries);
+    QProcess process;
+    process.start(hunspell, {QStringLiteral("-d"), QStringLiteral("it_IT"), QStringLiteral("-i"),
+                             QStringLiteral("utf-8"), QStringLiteral("-l")});
+    if (!process.waitForStarted()) {
+        out << "hunspell: could not start, spelling figure skipped\n";
+        return;
+    }
+    process.write(words.join(u'\n').toUtf8() + '\n');
+    process.closeWriteChannel();
+    process.waitForFinished(120000);
+    const QString errors = QString::fromUtf8(process.readAllStandardError()).trimmed();
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0 || !errors.isEmpty()) {
+        out << "hunspell: no it_IT dictionary or failure (" << errors.left(200)
+            << "), spelling figure skipped\n";
+        return;
+    }
+    const QStringList rejected = QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    out << "hunspell it_IT accepts " << percent(words.size() - rejected.size(), words.size()) << " of "
+        << words.size() << " distinct words (a warning figure: its dictionary lacks many valid forms)\n";
+}
+
+} // namespace
+
+void printReport(QTextStream &out, const Entries &entries, const Sources &sources,
+                 const TranslationPlan &translations, const QStringList &frequency,
+                 const QString &masterPath)
+{
+    qsizetype forms = 0;
+    qsizetype pronominal = 0;
+    for (const Entry &entry : entries.verbs) {
+        forms += entry.rows.size();
+        pronominal += entry.pronominal;
+    }
+    out << "verbs: " << entries.verbs.size() << " (" << pronominal << " pronominal)\n"
+        << "forms: " << forms << '\n';
+    if (!entries.skippedPronominal.isEmpty())
+        out << "pronominal verbs left out (clitics other than -si/-sene): " << entries.skippedPronominal.join(u", ") << '\n';
+    if (!entries.unusedBases.isEmpty())
+        out << "verbs known only with a clitic but not in pronominal.tsv, so not listed: "
+            << entries.unusedBases.size() << " (" << entries.unusedBases.mid(0, 12).join(u", ")
+            << (entries.unusedBases.size() > 12 ? ", ..." : "") << ")\n";
+    if (!entries.provisionalIds.isEmpty())
+        out << "warning: " << entries.provisionalIds.size()
+            << " verbs have no id in verb-ids.tsv yet and got provisional ones (run tools/assign-verb-ids): "
+            << entries.provisionalIds.mid(0, 12).join(u", ") << (entries.provisionalIds.size() > 12 ? ", ..." : "") << '\n';
+    for (const QString &note : sources.notes)
+        out << "note: " << note << '\n';
+    if (!translations.moved.isEmpty())
+        out << "warning: translations of verbs used only with a clitic, given to their pronominal verb"
+               " (move them in the translation files): " << translations.moved.join(u", ") << '\n';
+    if (!translations.ignored.isEmpty())
+        out << "note: " << translations.ignored.size() << " translations of verbs that are no entries are ignored: " << translations.ignored.mid(0, 12).join(u", ")
+            << (translations.ignored.size() > 12 ? ", ..." : "") << '\n';
+    printCoverage(out, entries, translations, frequency);
+    printSpelling(out, entries);
+    out << "size: " << QString::number(QFileInfo(masterPath).size() / 1048576.0, 'f', 1) << " MB\n";
+}

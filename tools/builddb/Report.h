@@ -1,0 +1,14 @@
+#pragma once
+
+// The figures printed after a build. They inform; none of them fails the build.
+
+#include "Paradigm.h"
+#include "Sources.h"
+#include "Translations.h"
+
+#include <QStringList>
+#include <QTextStream>
+
+void printReport(QTextStream &out, const Entries &entries, const Sources &sources,
+                 const TranslationPlan &translations, const QStringList &frequency,
+                 const QString &masterPath);

@@ -1,0 +1,271 @@
+#include "Sources.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTextStream>
+
+#include <functional>
+
+namespace {
+
+const std::array<const char *, TenseCount> tenseTags = {
+    "ger", "ppres", "pp", "ind.pres", "ind.impf", "ind.prem", "ind.fut",
+    "cond.pres", "cong.pres", "cong.impf", "imp"};
+const std::array<int, TenseCount> tenseSizes = {1, 1, 4, 6, 6, 6, 6, 6, 6, 6, 3};
+
+const QRegularExpression infinitivePattern(QStringLiteral("^[a-zàèéìòù]+(are|ere|ire|rre)$"));
+const QRegularExpression formPattern(QStringLiteral("^[a-zàèéìíòóù']+$"));
+
+QString where(const QString &path, int line)
+{
+    return QStringLiteral("%1:%2").arg(QFileInfo(path).fileName()).arg(line);
+}
+
+// Calls visit(cells, line) for every line that is neither blank nor a '#' comment.
+void readTsv(const QString &path, const std::function<void(const QStringList &, int)> &visit)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw SourceError(QStringLiteral("%1: cannot open: %2").arg(path, file.errorString()));
+    QTextStream in(&file);
+    in.setEncoding(QStringConverter::Utf8);
+    int number = 0;
+    while (!in.atEnd()) {
+        QString line = in.readLine();
+        ++number;
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        if (line.trimmed().isEmpty() || line.startsWith(u'#'))
+            continue;
+        visit(line.split(u'\t'), number);
+    }
+}
+
+Tense tenseOf(const QString &tag)
+{
+    for (int t = 0; t < TenseCount; ++t) {
+        if (tag == QLatin1String(tenseTags[t]))
+            return Tense(t);
+    }
+    return TenseCount;
+}
+
+void readForms(const QString &path, Sources &sources)
+{
+    VerbForms *current = nullptr;
+    std::array<bool, TenseCount> seen{};
+    auto finish = [&](int line) {
+        if (!current)
+            return;
+        for (int t = 0; t < TenseCount; ++t) {
+            if (!seen[t])
+                throw SourceError(QStringLiteral("%1: %2 has no %3 line")
+                                      .arg(where(path, line), current->infinitive, tenseTags[t]));
+        }
+    };
+    int lastLine = 0;
+    readTsv(path, [&](const QStringList &cells, int line) {
+        lastLine = line;
+        if (cells.size() < 3)
+            throw SourceError(QStringLiteral("%1: expected infinitive, tag and forms").arg(where(path, line)));
+        const QString &verb = cells[0];
+        if (cells[1] == QLatin1String("use") && cells.size() == 3 && cells[2] == QLatin1String("none")) {
+            finish(line);
+            current = nullptr;
+            if (sources.forms.count(verb) || sources.leftOut.contains(verb))
+                throw SourceError(QStringLiteral("%1: duplicate verb '%2'").arg(where(path, line), verb));
+            sources.leftOut.insert(verb);
+            return;
+        }
+        if (cells[1] == QLatin1String("use")) {
+            finish(line);
+            if (!infinitivePattern.match(verb).hasMatch())
+                throw SourceError(QStringLiteral("%1: '%2' is not an infinitive").arg(where(path, line), verb));
+            if (sources.forms.count(verb) || sources.leftOut.contains(verb))
+                throw SourceError(QStringLiteral("%1: duplicate verb '%2'").arg(where(path, line), verb));
+            if (cells.size() != 3 || (cells[2] != QLatin1String("verb") && cells[2] != QLatin1String("base")))
+                throw SourceError(QStringLiteral("%1: use must be 'verb', 'base' or 'none'").arg(where(path, line)));
+            current = &sources.forms[verb];
+            current->infinitive = verb;
+            current->ownEntry = cells[2] == QLatin1String("verb");
+            seen.fill(false);
+            return;
+        }
+        if (!current || current->infinitive != verb)
+            throw SourceError(QStringLiteral("%1: '%2' line outside the verb's block (each verb starts with its use line)")
+                                  .arg(where(path, line), verb));
+        const Tense tense = tenseOf(cells[1]);
+        if (tense == TenseCount)
+            throw SourceError(QStringLiteral("%1: unknown tag '%2'").arg(where(path, line), cells[1]));
+        if (seen[tense])
+            throw SourceError(QStringLiteral("%1: %2 of '%3' given twice").arg(where(path, line), cells[1], verb));
+        const QStringList forms = cells.mid(2);
+        if (forms.size() != tenseSizes[tense])
+            throw SourceError(QStringLiteral("%1: %2 needs %3 forms, found %4")
+                                  .arg(where(path, line), cells[1]).arg(tenseSizes[tense]).arg(forms.size()));
+        QStringList &parsed = current->tenses[tense];
+        for (const QString &form : forms) {
+            if (form == QLatin1String("-")) {
+                parsed.append(QString());
+            } else if (formPattern.match(form).hasMatch()) {
+                parsed.append(form);
+            } else {
+                throw SourceError(QStringLiteral("%1: malformed form '%2'").arg(where(path, line), form));
+            }
+        }
+        seen[tense] = true;
+    });
+    finish(lastLine);
+    if (sources.forms.empty())
+        throw SourceError(QStringLiteral("%1: no verbs").arg(path));
+}
+
+bool isHeader(const QStringList &cells, const char *second)
+{
+    return cells.size() >= 2 && cells[0] == QLatin1String("italian") && cells[1] == QLatin1String(second);
+}
+
+void readAuxiliaries(const QString &path, Sources &sources)
+{
+    readTsv(path, [&](const QStringList &cells, int line) {
+        if (isHeader(cells, "auxiliary"))
+            return;
+        if (cells.size() < 2 || cells.size() > 3)
+            throw SourceError(QStringLiteral("%1: expected italian, auxiliary [, note]").arg(where(path, line)));
+        const QString &aux = cells[1];
+        Auxiliary shown;
+        if (aux == QLatin1String("essere") || aux == QLatin1String("essere/avere"))
+            shown = Auxiliary::Essere;
+        else if (aux == QLatin1String("avere") || aux == QLatin1String("avere/essere"))
+            shown = Auxiliary::Avere;
+        else
+            throw SourceError(QStringLiteral("%1: unknown auxiliary '%2'").arg(where(path, line), aux));
+        if (sources.auxiliaries.contains(cells[0]))
+            throw SourceError(QStringLiteral("%1: '%2' listed twice").arg(where(path, line), cells[0]));
+        sources.auxiliaries.insert(cells[0], shown);
+    });
+}
+
+void readPronominal(const QString &path, Sources &sources)
+{
+    QHash<QString, int> lines;
+    readTsv(path, [&](const QStringList &cells, int line) {
+        if (isHeader(cells, "base"))
+            return;
+        if (cells.size() < 2 || cells.size() > 3 || cells[0].isEmpty() || cells[1].isEmpty())
+            throw SourceError(QStringLiteral("%1: expected italian, base [, note]").arg(where(path, line)));
+        if (lines.contains(cells[0]))
+            throw SourceError(QStringLiteral("%1: '%2' listed twice (first at line %3)")
+                                  .arg(where(path, line), cells[0]).arg(lines[cells[0]]));
+        lines.insert(cells[0], line);
+        sources.pronominal.append({cells[0], cells[1]});
+    });
+}
+
+void readTranslations(const QString &folder, Sources &sources)
+{
+    const QStringList files = QDir(folder).entryList({QStringLiteral("*.tsv")}, QDir::Files, QDir::Name);
+    if (files.isEmpty()) {
+        sources.notes << QStringLiteral("no translation files in %1: every translation is empty").arg(folder);
+        return;
+    }
+    QStringList header{QStringLiteral("italian")};
+    for (const char *column : translationColumns)
+        header << QLatin1String(column);
+    for (const QString &name : files) {
+        const QString path = QDir(folder).filePath(name);
+        bool headerSeen = false;
+        readTsv(path, [&](const QStringList &cells, int line) {
+            if (!headerSeen) {
+                if (cells != header)
+                    throw SourceError(QStringLiteral("%1: the header must be: %2").arg(where(path, line), header.join(u' ')));
+                headerSeen = true;
+                return;
+            }
+            if (cells.size() > header.size())
+                throw SourceError(QStringLiteral("%1: more than %2 columns").arg(where(path, line)).arg(header.size()));
+            const QString italian = cells[0].trimmed();
+            if (italian.isEmpty())
+                throw SourceError(QStringLiteral("%1: no italian verb").arg(where(path, line)));
+            if (sources.translations.contains(italian)) {
+                const Translation &first = sources.translations[italian];
+                throw SourceError(QStringLiteral("%1: '%2' already translated at %3")
+                                      .arg(where(path, line), italian, where(first.file, first.line)));
+            }
+            Translation translation;
+            translation.file = path;
+            translation.line = line;
+            for (int c = 1; c < cells.size(); ++c) {
+                const QString text = cells[c].trimmed();
+                if (!text.isEmpty())
+                    translation.text[c - 1] = text;
+            }
+            sources.translations.insert(italian, translation);
+        });
+    }
+}
+
+void readVerbIds(const QString &path, Sources &sources)
+{
+    QHash<qint64, QString> owners;
+    readTsv(path, [&](const QStringList &cells, int line) {
+        bool isNumber = false;
+        const qint64 id = cells.size() == 2 ? cells[1].toLongLong(&isNumber) : 0;
+        // The app reads ids as signed 32-bit integers.
+        if (!isNumber || id <= 0 || id > 0x7fffffff)
+            throw SourceError(QStringLiteral("%1: expected italian and a positive id").arg(where(path, line)));
+        if (sources.verbIds.contains(cells[0]) || owners.contains(id))
+            throw SourceError(QStringLiteral("%1: '%2' or id %3 appears twice").arg(where(path, line), cells[0]).arg(id));
+        sources.verbIds.insert(cells[0], id);
+        owners.insert(id, cells[0]);
+    });
+}
+
+} // namespace
+
+int tenseSize(Tense tense)
+{
+    return tenseSizes[tense];
+}
+
+Sources readSources(const QString &folder)
+{
+    Sources sources;
+    const QDir dir(folder);
+    readForms(dir.filePath(QStringLiteral("forms.tsv")), sources);
+
+    const QString auxiliaries = dir.filePath(QStringLiteral("auxiliaries.tsv"));
+    if (QFileInfo::exists(auxiliaries))
+        readAuxiliaries(auxiliaries, sources);
+    else
+        sources.notes << QStringLiteral("auxiliaries.tsv is absent: every verb takes avere");
+
+    const QString pronominal = dir.filePath(QStringLiteral("pronominal.tsv"));
+    if (QFileInfo::exists(pronominal))
+        readPronominal(pronominal, sources);
+    else
+        sources.notes << QStringLiteral("pronominal.tsv is absent: no pronominal verbs");
+
+    readTranslations(dir.filePath(QStringLiteral("translations")), sources);
+
+    const QString ids = dir.filePath(QStringLiteral("verb-ids.tsv"));
+    if (QFileInfo::exists(ids))
+        readVerbIds(ids, sources);
+    return sources;
+}
+
+QStringList readFrequencyList(const QString &path)
+{
+    QStringList lemmas;
+    if (path.isEmpty() || !QFileInfo::exists(path))
+        return lemmas;
+    readTsv(path, [&](const QStringList &cells, int) {
+        bool isRank = false;
+        cells[0].toInt(&isRank);
+        if (isRank && cells.size() >= 2)
+            lemmas << cells[1].trimmed();
+    });
+    return lemmas;
+}
