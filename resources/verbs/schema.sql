@@ -25,15 +25,20 @@ CREATE TABLE verb (
     voice_available       INTEGER NOT NULL DEFAULT 0
 );
 
+-- Most of the file is forms, and the app reads them a verb at a time in conj_order:
+-- a table clustered on (verbid, conj_order) serves that without a separate index. _id
+-- is computed rather than stored, which saves room and keeps it unique (conj_order
+-- stays below 100); it needs SQLite 3.31 or later to read.
 CREATE TABLE conjugation (
-    _id                 INTEGER PRIMARY KEY,
+    _id                 INTEGER GENERATED ALWAYS AS (verbid * 100 + conj_order) VIRTUAL,
     verbid              INTEGER NOT NULL,
     pronounid           INTEGER,
     verb                TEXT NOT NULL,
     conjugation_type_id INTEGER NOT NULL,
-    conj_order          INTEGER NOT NULL,
-    voice_file          TEXT
-);
+    conj_order          INTEGER NOT NULL CHECK (conj_order BETWEEN 1 AND 99),
+    voice_file          TEXT,
+    PRIMARY KEY (verbid, conj_order)
+) WITHOUT ROWID;
 
 CREATE TABLE favourite (
     _id    INTEGER PRIMARY KEY,
@@ -46,7 +51,6 @@ CREATE TABLE history (
     timestamp REAL
 );
 
-CREATE INDEX conjugation_verbid ON conjugation(verbid);
 CREATE INDEX favourite_verbid ON favourite(verbid);
 CREATE INDEX history_verbid ON history(verbid);
 CREATE INDEX history_timestamp ON history(timestamp);

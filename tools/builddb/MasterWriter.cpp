@@ -111,9 +111,9 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
                        " french, simplified_french, spanish, simplified_spanish, dutch, simplified_dutch,"
                        " portuguese, simplified_portuguese, turkish, simplified_turkish, voice_available)"
                        " VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,0)");
-    Statement form(db, "INSERT INTO conjugation(_id, verbid, pronounid, verb, conjugation_type_id, conj_order,"
-                       " voice_file) VALUES(?,?,?,?,?,?,NULL)");
-    qint64 formId = 0;
+    // _id is a generated column: the schema derives it from verbid and conj_order.
+    Statement form(db, "INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order,"
+                       " voice_file) VALUES(?,?,?,?,?,NULL)");
     for (const Entry &entry : entries.verbs) {
         const qint64 id = entry.id;
         const Translation translation = translations.value(entry.italian);
@@ -130,15 +130,14 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
 
         int order = 0;
         for (const FormRow &row : entry.rows) {
-            form.bind(1, ++formId);
-            form.bind(2, id);
+            form.bind(1, id);
             if (row.pronoun)
-                form.bind(3, qint64(row.pronoun));
+                form.bind(2, qint64(row.pronoun));
             else
-                form.bindNull(3);
-            form.bind(4, row.text);
-            form.bind(5, qint64(row.type));
-            form.bind(6, qint64(++order));
+                form.bindNull(2);
+            form.bind(3, row.text);
+            form.bind(4, qint64(row.type));
+            form.bind(5, qint64(++order));
             form.run();
         }
     }

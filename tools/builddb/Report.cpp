@@ -1,6 +1,7 @@
 #include "Report.h"
 
 #include <QFileInfo>
+#include <QLocale>
 #include <QProcess>
 #include <QSet>
 #include <QStandardPaths>
@@ -125,5 +126,7 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
             << (translations.ignored.size() > 12 ? ", ..." : "") << '\n';
     printCoverage(out, entries, translations, frequency);
     printSpelling(out, entries);
-    out << "size: " << QString::number(QFileInfo(masterPath).size() / 1048576.0, 'f', 1) << " MB\n";
+    const qint64 size = QFileInfo(masterPath).size();
+    out << "size: " << QLocale(QLocale::English).toString(size) << " bytes ("
+        << QString::number(size / 1048576.0, 'f', 1) << " MiB)\n";
 }
