@@ -34,6 +34,10 @@ file-text outline/file-text
 file-pdf outline/file-type-pdf
 volume outline/volume
 check outline/check
+language outline/language
+book outline/book
+vocabulary outline/vocabulary
+alphabet outline/alphabet-latin
 LIST
 cp "$work/package/LICENSE" "$here/LICENSE.tabler"
 echo "icons refreshed from @tabler/icons $version"

@@ -1,0 +1,50 @@
+import QtQuick
+import QtQuick.Controls
+import Norvella.Export
+import Norvella.Resources
+
+// Shows the support mail's alerts: a title, a message and one OK button.
+Dialog {
+    id: alert
+
+    property SupportEmailSender sender
+
+    parent: Overlay.overlay
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: parent ? Math.round((parent.height - height) / 2) : 0
+    width: parent ? Math.min(parent.width - 48, 360) : 320
+    modal: true
+    title: sender ? sender.alertTitle : ""
+    background: Rectangle { radius: 12; color: Theme.background }
+
+    Label {
+        width: alert.availableWidth
+        text: alert.sender ? alert.sender.alertMessage : ""
+        color: Theme.text
+        wrapMode: Text.WordWrap
+    }
+
+    footer: Item {
+        implicitHeight: okButton.implicitHeight + 16
+
+        Button {
+            id: okButton
+            anchors.right: parent.right
+            anchors.rightMargin: 8
+            anchors.verticalCenter: parent.verticalCenter
+            implicitWidth: Math.max(88, implicitContentWidth + leftPadding + rightPadding)
+            implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
+            text: alert.sender ? alert.sender.alertButton : ""
+            font.bold: true
+            flat: true
+            palette.windowText: Theme.primary
+            Accessible.name: text
+            onClicked: alert.accept()
+        }
+    }
+
+    Connections {
+        target: alert.sender
+        function onAlertRequested() { alert.open(); }
+    }
+}

@@ -1,0 +1,135 @@
+import QtQuick
+import QtQuick.Controls
+import Norvella.Export
+import Norvella.Resources
+
+// The share sheet of an export. exportVerb(verbRef) renders the verb and,
+// when that gives both documents, rises from the bottom with the ways to
+// hand them on.
+Popup {
+    id: sheet
+
+    // The button the sheet points at on wide windows, where it is a popover.
+    property Item anchorItem
+    property alias excludedActivityTypes: shareController.excludedActivityTypes
+    property alias saveFolder: shareController.saveFolder
+    readonly property alias controller: shareController
+
+    readonly property bool popover: anchorItem !== null && parent !== null && parent.width >= 700
+
+    function exportVerb(verbRef) {
+        if (shareController.exportVerb(verbRef))
+            open();
+    }
+
+    function place() {
+        if (!parent)
+            return;
+        if (popover) {
+            const corner = anchorItem.mapToItem(parent, anchorItem.width, anchorItem.height);
+            x = Math.max(8, Math.min(corner.x - width, parent.width - width - 8));
+            y = Math.max(8, Math.min(corner.y + 4, parent.height - height - 8));
+        } else {
+            x = Math.round((parent.width - width) / 2);
+            y = parent.height - height - 8;
+        }
+    }
+
+    parent: Overlay.overlay
+    modal: true
+    focus: true
+    width: parent ? Math.min(parent.width - 16, popover ? 380 : 480) : 374
+    onAboutToShow: place()
+    onHeightChanged: place()
+    onWidthChanged: place()
+    padding: 0
+    background: Rectangle { radius: 12; color: Theme.background }
+
+    ShareSheetController { id: shareController }
+
+    Column {
+        width: sheet.availableWidth
+
+        Label {
+            width: parent.width
+            padding: 16
+            bottomPadding: 8
+            text: shareController.title
+            color: Theme.text
+            font.bold: true
+            font.pointSize: sheet.font.pointSize * 1.1
+            elide: Text.ElideRight
+            horizontalAlignment: Text.AlignHCenter
+            Accessible.role: Accessible.Heading
+        }
+
+        ShareActivityButton {
+            width: parent.width
+            controller: shareController
+            type: "copyText"
+        }
+
+        ShareActivityButton {
+            width: parent.width
+            controller: shareController
+            type: "saveHtml"
+        }
+
+        ShareActivityButton {
+            width: parent.width
+            controller: shareController
+            type: "saveText"
+        }
+
+        ShareActivityButton {
+            width: parent.width
+            controller: shareController
+            type: "savePdf"
+        }
+
+        ShareActivityButton {
+            width: parent.width
+            controller: shareController
+            type: "mail"
+        }
+
+        Label {
+            visible: text.length > 0
+            width: parent.width
+            leftPadding: 16
+            rightPadding: 16
+            topPadding: 8
+            text: shareController.statusMessage
+            color: Theme.secondaryText
+            wrapMode: Text.WrapAnywhere
+        }
+
+        Row {
+            anchors.right: parent.right
+            anchors.rightMargin: 8
+            spacing: 4
+            topPadding: 4
+            bottomPadding: 8
+
+            Button {
+                visible: shareController.lastSavedPath.length > 0
+                flat: true
+                implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
+                text: shareController.openFileText
+                palette.windowText: Theme.primary
+                Accessible.name: text
+                onClicked: shareController.openLastSavedFile()
+            }
+
+            Button {
+                flat: true
+                implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
+                text: shareController.closeText
+                font.bold: true
+                palette.windowText: Theme.primary
+                Accessible.name: text
+                onClicked: sheet.close()
+            }
+        }
+    }
+}

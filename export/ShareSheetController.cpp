@@ -1,0 +1,238 @@
+#include "ShareSheetController.h"
+
+#include "CrashLog.h"
+#include "Settings.h"
+#include "Strings.h"
+#include "VerbExport.h"
+#include "VerbRef.h"
+
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QHash>
+#include <QPdfWriter>
+#include <QPointer>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QTextDocument>
+#include <QUrl>
+
+namespace norvella {
+
+ShareSheetController::ShareSheetController(QObject *parent)
+    : QObject(parent), m_saveFolder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
+{
+}
+
+QString ShareSheetController::title() const
+{
+    return Strings::text(QStringLiteral("export.share.title")).arg(m_verbName);
+}
+
+QString ShareSheetController::closeText() const
+{
+    return Strings::text(QStringLiteral("common.close"));
+}
+
+QString ShareSheetController::openFileText() const
+{
+    return Strings::text(QStringLiteral("export.share.open"));
+}
+
+QStringList ShareSheetController::offeredActivityTypes() const
+{
+    QStringList offered;
+    for (const QString &type : {CopyText, SaveHtml, SaveText, SavePdf, Mail}) {
+        if (!m_excluded.contains(type))
+            offered << type;
+    }
+    return offered;
+}
+
+QString ShareSheetController::activityTitle(const QString &type) const
+{
+    static const QHash<QString, QString> keys{
+            {CopyText, QStringLiteral("export.share.copy")}, {SaveHtml, QStringLiteral("export.share.html")},
+            {SaveText, QStringLiteral("export.share.text")}, {SavePdf, QStringLiteral("export.share.pdf")},
+            {Mail, QStringLiteral("export.share.mail")},
+    };
+    return keys.contains(type) ? Strings::text(keys.value(type)) : QString();
+}
+
+QString ShareSheetController::activityIcon(const QString &type) const
+{
+    static const QHash<QString, QString> icons{
+            {CopyText, QStringLiteral("copy")}, {SaveHtml, QStringLiteral("download")},
+            {SaveText, QStringLiteral("file-text")}, {SavePdf, QStringLiteral("file-pdf")},
+            {Mail, QStringLiteral("contact")},
+    };
+    return icons.contains(type) ? QStringLiteral("qrc:/norvella/icons/%1.svg").arg(icons.value(type)) : QString();
+}
+
+void ShareSheetController::setExcludedActivityTypes(const QStringList &types)
+{
+    if (m_excluded == types)
+        return;
+    m_excluded = types;
+    emit activitiesChanged();
+}
+
+void ShareSheetController::setSaveFolder(const QString &folder)
+{
+    if (m_saveFolder == folder)
+        return;
+    m_saveFolder = folder;
+    emit saveFolderChanged();
+}
+
+bool ShareSheetController::exportVerb(QObject *verbRef)
+{
+    const VerbPtr verb = VerbRef::from(verbRef);
+    if (verb) {
+        const VerbExport exporter(m_settings ? *m_settings : Settings::standard());
+        const VerbExport::Result result = exporter.render(*verb);
+        if (result.status == VerbExport::Status::Failed) {
+            CrashLog::log(QStringLiteral("Unable to export. An error occurred. %1").arg(result.error));
+            return false;
+        }
+        if (result.status == VerbExport::Status::Rendered) {
+            setDocuments(verb->italian, result.documents.html, result.documents.text);
+            return true;
+        }
+    }
+    qWarning("Unable to export verb. Most likely an issue with the template (or no verb, somehow)");
+    return false;
+}
+
+void ShareSheetController::setDocuments(const QString &verbName, const QString &html, const QString &text)
+{
+    m_verbName = verbName;
+    m_html = html;
+    m_text = text;
+    setStatus({});
+    emit documentsChanged();
+}
+
+QString ShareSheetController::fileName(const QString &extension) const
+{
+    QString base;
+    for (const QChar c : m_verbName.trimmed()) {
+        const bool unsafe = c.category() == QChar::Other_Control || QStringLiteral("/\\:*?\"<>|").contains(c);
+        base += unsafe ? QLatin1Char('-') : c;
+    }
+    if (base.isEmpty() || base.startsWith(QLatin1Char('.')))
+        base.prepend(QStringLiteral("verb"));
+    return base + QLatin1Char('.') + extension;
+}
+
+bool ShareSheetController::perform(const QString &type)
+{
+    if (m_excluded.contains(type) || m_html.isNull())
+        return false;
+    bool ok = false;
+    if (type == CopyText) {
+        QGuiApplication::clipboard()->setText(m_text);
+        ok = QGuiApplication::clipboard()->text() == m_text;
+        setStatus(Strings::text(ok ? QStringLiteral("export.share.copied") : QStringLiteral("export.share.copy_failed")));
+    } else if (type == SaveHtml) {
+        ok = saveFile(QStringLiteral("html"), m_html.toUtf8());
+    } else if (type == SaveText) {
+        ok = saveFile(QStringLiteral("txt"), m_text.toUtf8());
+    } else if (type == SavePdf) {
+        ok = savePdfFile();
+    } else if (type == Mail) {
+        // The outcome arrives later, through finished().
+        return sendMail();
+    } else {
+        return false;
+    }
+    emit finished(type, ok);
+    return ok;
+}
+
+bool ShareSheetController::saveFile(const QString &extension, const QByteArray &contents)
+{
+    const QString path = QDir(m_saveFolder).filePath(fileName(extension));
+    QDir().mkpath(m_saveFolder);
+    QSaveFile file(path);
+    const bool ok = file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit();
+    if (!ok) {
+        CrashLog::log(QStringLiteral("Unable to save the export to %1: %2").arg(path, file.errorString()));
+        setStatus(Strings::text(QStringLiteral("export.share.save_failed")).arg(QDir::toNativeSeparators(path)));
+        return false;
+    }
+    setStatus(Strings::text(QStringLiteral("export.share.saved")).arg(QDir::toNativeSeparators(path)), path);
+    return true;
+}
+
+bool ShareSheetController::writePdf(const QString &html, const QString &path)
+{
+    {
+        QTextDocument document;
+        document.setHtml(html);
+        QPdfWriter writer(path);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        // The document brings its own 2 cm margin and page numbers when printed.
+        writer.setPageMargins(QMarginsF(0, 0, 0, 0));
+        writer.setResolution(300);
+        writer.setTitle(document.metaInformation(QTextDocument::DocumentTitle));
+        writer.setCreator(QStringLiteral("Norvella"));
+        document.print(&writer);
+    }
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(5) == "%PDF-";
+}
+
+bool ShareSheetController::savePdfFile()
+{
+    QDir().mkpath(m_saveFolder);
+    const QString path = QDir(m_saveFolder).filePath(fileName(QStringLiteral("pdf")));
+    if (!writePdf(m_html, path)) {
+        CrashLog::log(QStringLiteral("Unable to write the PDF export to %1").arg(path));
+        setStatus(Strings::text(QStringLiteral("export.share.save_failed")).arg(QDir::toNativeSeparators(path)));
+        return false;
+    }
+    setStatus(Strings::text(QStringLiteral("export.share.saved")).arg(QDir::toNativeSeparators(path)), path);
+    return true;
+}
+
+bool ShareSheetController::sendMail()
+{
+    // Mail clients take the page as an attachment next to the text.
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/export");
+    QDir().mkpath(folder);
+    const QString attachment = QDir(folder).filePath(fileName(QStringLiteral("html")));
+    QSaveFile file(attachment);
+    const QByteArray html = m_html.toUtf8();
+    QStringList attachments;
+    if (file.open(QIODevice::WriteOnly) && file.write(html) == html.size() && file.commit())
+        attachments << attachment;
+
+    QPointer<ShareSheetController> self(this);
+    DesktopMail::compose({{}, m_verbName, m_text, attachments}, [self](DesktopMail::Result result) {
+        if (!self)
+            return;
+        const bool ok = result != DesktopMail::Result::Failed;
+        self->setStatus(Strings::text(ok ? QStringLiteral("export.share.mail_opened")
+                                         : QStringLiteral("export.share.mail_unavailable")));
+        emit self->finished(Mail, ok);
+    });
+    return true;
+}
+
+void ShareSheetController::openLastSavedFile()
+{
+    if (!m_lastSavedPath.isEmpty())
+        DesktopMail::platform().openUrl(QUrl::fromLocalFile(m_lastSavedPath));
+}
+
+void ShareSheetController::setStatus(const QString &message, const QString &savedPath)
+{
+    m_statusMessage = message;
+    m_lastSavedPath = savedPath;
+    emit statusChanged();
+}
+
+} // namespace norvella

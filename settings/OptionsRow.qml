@@ -1,0 +1,166 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Norvella.Resources
+
+// One settings row with, when it opens or closes a section, the section's
+// header above it and its footer below.
+Control {
+    id: root
+
+    required property int section
+    required property int rowInSection
+    required property string cellType
+    required property string label
+    required property bool checked
+    required property int segmentIndex
+    required property var segmentTitles
+    required property string detail
+    required property bool disclosure
+    required property string sectionHeader
+    required property string sectionFooter
+    required property bool firstInSection
+    required property bool lastInSection
+
+    signal toggled(int section, int row, bool on)
+    signal segmentSelected(int section, int row, int segment)
+    signal tapped(int section, int row)
+
+    readonly property color groupColor: "#F2F2F7"
+    readonly property int sideMargin: 16
+    readonly property bool wide: width >= 560
+
+    implicitHeight: column.implicitHeight
+    padding: 0
+
+    Column {
+    id: column
+    width: root.width
+
+    Rectangle {
+        visible: root.firstInSection
+        width: root.width
+        height: headerLabel.implicitHeight + 28
+        color: root.groupColor
+        Label {
+            id: headerLabel
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.leftMargin: root.sideMargin
+            anchors.rightMargin: root.sideMargin
+            anchors.bottomMargin: 6
+            text: root.sectionHeader
+            color: Theme.secondaryText
+            font.pointSize: root.font.pointSize * 0.9
+            font.capitalization: Font.AllUppercase
+            wrapMode: Text.WordWrap
+            Accessible.role: Accessible.Heading
+        }
+    }
+
+    AbstractButton {
+        id: cell
+        width: root.width
+        implicitHeight: Math.max(Theme.minimumTouchTarget + 8, content.implicitHeight + 16)
+        enabled: root.cellType === "detail"
+        focusPolicy: enabled ? Qt.StrongFocus : Qt.NoFocus
+        Accessible.name: root.detail.length > 0 ? root.label + ", " + root.detail : root.label
+        Accessible.role: root.cellType === "detail" ? Accessible.Button : Accessible.StaticText
+        onClicked: root.tapped(root.section, root.rowInSection)
+
+        background: Rectangle {
+            color: cell.down ? Qt.darker(Theme.background, 1.08) : Theme.background
+            Rectangle {
+                visible: !root.lastInSection
+                anchors.bottom: parent.bottom
+                x: root.sideMargin
+                width: parent.width - root.sideMargin
+                height: 1
+                color: Theme.separator
+            }
+        }
+
+        GridLayout {
+            id: content
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.leftMargin: root.sideMargin
+            anchors.rightMargin: root.sideMargin
+            // Segments go under their label on narrow screens, beside it on wide ones.
+            columns: root.cellType === "segment" && !root.wide ? 1 : 3
+            rowSpacing: 8
+            columnSpacing: 8
+
+            Label {
+                Layout.fillWidth: true
+                text: root.label
+                color: Theme.text
+                wrapMode: Text.WordWrap
+            }
+
+            Switch {
+                id: switchControl
+                visible: root.cellType === "switch"
+                implicitHeight: Math.max(Theme.minimumTouchTarget, implicitIndicatorHeight)
+                checked: root.checked
+                palette.dark: Theme.primary
+                palette.midlight: "#8E8E93"
+                Accessible.name: root.label
+                onToggled: {
+                    root.toggled(root.section, root.rowInSection, checked);
+                    checked = Qt.binding(() => root.checked);
+                }
+            }
+
+            SegmentedControl {
+                visible: root.cellType === "segment"
+                Layout.fillWidth: !root.wide
+                Layout.preferredWidth: root.wide ? 300 : -1
+                titles: root.segmentTitles
+                currentIndex: root.segmentIndex
+                accessibleContext: root.label
+                onSelected: index => root.segmentSelected(root.section, root.rowInSection, index)
+            }
+
+            Label {
+                visible: root.cellType === "detail" && root.detail.length > 0
+                Layout.maximumWidth: root.width * 0.45
+                text: root.detail
+                color: Theme.secondaryText
+                elide: Text.ElideRight
+            }
+
+            Image {
+                visible: root.disclosure
+                source: "qrc:/norvella/icons/back.svg"
+                sourceSize.width: 18
+                sourceSize.height: 18
+                rotation: 180
+                opacity: 0.55
+            }
+        }
+    }
+
+    Rectangle {
+        width: root.width
+        height: root.lastInSection ? footerLabel.implicitHeight + (footerLabel.text.length > 0 ? 16 : 8) : 0
+        visible: root.lastInSection
+        color: root.groupColor
+        Label {
+            id: footerLabel
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.leftMargin: root.sideMargin
+            anchors.rightMargin: root.sideMargin
+            anchors.topMargin: 6
+            text: root.sectionFooter
+            color: Theme.secondaryText
+            font.pointSize: root.font.pointSize * 0.85
+            wrapMode: Text.WordWrap
+        }
+    }
+    }
+}
