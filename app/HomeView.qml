@@ -1,26 +1,105 @@
 import QtQuick
 import QtQuick.Controls
+import QtQuick.Controls.impl
+import QtQuick.Layouts
 import Norvella.App
+import Norvella.Lists
 import Norvella.Resources
 
-// The primary column: navigation bar and the content area where the lists go.
+// The primary column: title, search field, the list of the chosen tab and
+// the tab bar; search results cover the tabs while the search is active.
 Page {
     id: home
 
     property AppDelegate appDelegate
+    property bool padIdiom: false
+    readonly property HomeViewController controller: homeController
+    readonly property bool searching: search.active
 
-    header: NavigationBar {
-        title: L10n.text("verb.list.full")
+    function focusSearch() { search.focusField() }
+
+    HomeViewController {
+        id: homeController
+        objectName: "homeViewController"
+        queue: home.appDelegate ? home.appDelegate.queue : null
+        padIdiom: home.padIdiom
+        onSearchFieldShouldResign: search.resign()
+    }
+
+    header: Column {
+        NavigationBar {
+            width: parent.width
+            title: L10n.text("verb.list.full")
+        }
+        SearchField {
+            id: search
+            width: parent.width
+            placeholder: L10n.text("search.placeholder")
+            onTextChanged: homeController.updateSearchResults(text)
+            onActiveChanged: if (active) homeController.updateSearchResults(text)
+            onCancelled: homeController.updateSearchResults(text)
+        }
     }
 
     background: Rectangle { color: Theme.background }
 
-    Label {
-        anchors.centerIn: parent
-        width: Math.min(300, parent.width - 40)
-        horizontalAlignment: Text.AlignHCenter
-        wrapMode: Text.WordWrap
-        text: L10n.text("home.loading")
-        color: Theme.secondaryText
+    StackLayout {
+        anchors.fill: parent
+        currentIndex: homeController.selectedTab
+
+        VerbListTableView { controller: homeController.verbListTableViewController }
+        FavouritesTableView { controller: homeController.favouritesTableViewController }
+        HistoryTableView { controller: homeController.historyTableViewController }
+    }
+
+    SearchResultsTableView {
+        anchors.fill: parent
+        visible: home.searching
+        controller: homeController.searchResultsController
+    }
+
+    footer: TabBar {
+        id: tabBar
+        visible: !home.searching
+        currentIndex: homeController.selectedTabIndex
+        onCurrentIndexChanged: homeController.selectTabAt(currentIndex)
+        background: Rectangle {
+            color: Theme.background
+
+            Rectangle {
+                width: parent.width
+                height: 1
+                color: Theme.separator
+            }
+        }
+
+        Repeater {
+            model: homeController.tabs
+
+            TabButton {
+                id: tabButton
+                required property var modelData
+
+                implicitHeight: Math.max(Theme.minimumTouchTarget + 12, implicitContentHeight + 14)
+                display: AbstractButton.TextUnderIcon
+                text: modelData.title
+                icon.source: modelData.icon
+                icon.width: 24
+                icon.height: 24
+                icon.color: checked ? Theme.primary : Theme.secondaryText
+                Accessible.name: text
+                background: null
+
+                contentItem: IconLabel {
+                    display: tabButton.display
+                    spacing: 2
+                    icon: tabButton.icon
+                    text: tabButton.text
+                    font.pointSize: tabButton.font.pointSize * 0.8
+                    font.bold: tabButton.checked
+                    color: tabButton.icon.color
+                }
+            }
+        }
     }
 }

@@ -4,13 +4,16 @@ import QtQuick.Controls
 import Norvella.App
 import Norvella.Resources
 
-// The window: list column and detail column side by side on wide screens,
-// one stack of pages on narrow ones.
+// The window: the home column and the detail column side by side on wide
+// windows, one stack of pages (home, then the chosen verb) on narrow ones.
 ApplicationWindow {
     id: window
 
     required property AppDelegate appDelegate
     readonly property bool regularWidth: width >= 700
+    readonly property real primaryWidth: regularWidth ? Math.min(420, Math.round(width * 0.4)) : width
+    // The verb in the detail column (a VerbRef), null until one is chosen.
+    property QtObject selectedVerb: null
 
     visible: true
     title: qsTr("Norvella")
@@ -22,27 +25,81 @@ ApplicationWindow {
         value: !window.regularWidth
     }
 
-    Row {
-        anchors.fill: parent
+    function pushDetail() {
+        const properties = {verb: window.selectedVerb, queue: window.appDelegate.queue}
+        if (stack.depth > 1)
+            stack.replace(detailPage, properties)
+        else
+            stack.push(detailPage, properties)
+    }
 
-        HomeView {
-            id: home
-            width: window.regularWidth ? Math.min(420, Math.round(window.width * 0.4)) : window.width
-            height: parent.height
-            appDelegate: window.appDelegate
-        }
+    onRegularWidthChanged: {
+        if (regularWidth)
+            stack.pop(null)
+        else if (!window.appDelegate.shouldCollapseSecondary(true, window.selectedVerb !== null))
+            pushDetail()
+    }
 
-        Rectangle {
-            visible: window.regularWidth
-            width: 1
-            height: parent.height
-            color: Theme.separator
-        }
+    StackView {
+        id: stack
+        objectName: "stack"
+        width: window.primaryWidth
+        height: parent.height
+        initialItem: home
+    }
 
-        DetailPlaceholder {
-            visible: window.regularWidth
-            width: window.width - home.width - 1
-            height: parent.height
+    HomeView {
+        id: home
+        appDelegate: window.appDelegate
+        padIdiom: window.regularWidth
+    }
+
+    Rectangle {
+        x: window.primaryWidth
+        visible: window.regularWidth
+        width: 1
+        height: parent.height
+        color: Theme.separator
+    }
+
+    VerbDetailPlaceholder {
+        x: window.primaryWidth + 1
+        visible: window.regularWidth
+        width: window.width - x
+        height: parent.height
+        verb: window.selectedVerb
+        queue: window.appDelegate ? window.appDelegate.queue : null
+    }
+
+    Component {
+        id: detailPage
+
+        VerbDetailPlaceholder {
+            showsBackButton: true
+            onBackRequested: StackView.view.pop()
         }
+    }
+
+    Connections {
+        target: home.controller
+        function onShowDetail() {
+            window.selectedVerb = home.controller.detailVerb
+            if (!window.regularWidth)
+                window.pushDetail()
+        }
+    }
+
+    Connections {
+        target: window.appDelegate
+        function onFocusSearchRequested() {
+            stack.pop(null)
+            home.focusSearch()
+        }
+    }
+
+    Shortcut {
+        sequences: ["Esc", "Back"]
+        enabled: stack.depth > 1
+        onActivated: stack.pop()
     }
 }

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 #include "CrashLog.h"
+#include "HomeViewController.h"
 #include "Screenshot.h"
 #include "Settings.h"
 #include "ShortcutChannel.h"
@@ -8,6 +9,7 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
+#include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
@@ -16,6 +18,7 @@
 #include <cstring>
 
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
 
 using namespace norvella;
@@ -28,6 +31,34 @@ bool wantsScreenshot(int argc, char **argv)
             return true;
     }
     return false;
+}
+
+// What a screenshot run does before it draws: pick a tab, type a search.
+bool prepareScreen(QObject *root, const QString &tab, bool search, const QString &text)
+{
+    auto *home = root->findChild<HomeViewController *>(QStringLiteral("homeViewController"));
+    if (!home) {
+        std::fprintf(stderr, "norvella: the home screen is missing\n");
+        return false;
+    }
+    if (!tab.isEmpty()) {
+        const int tag = HomeViewController::tabForName(tab);
+        if (tag < 0) {
+            std::fprintf(stderr, "norvella: --tab wants list, favourites or history\n");
+            return false;
+        }
+        home->showTab(tag);
+    }
+    if (search) {
+        auto *field = root->findChild<QQuickItem *>(QStringLiteral("searchField"));
+        if (!field) {
+            std::fprintf(stderr, "norvella: the search field is missing\n");
+            return false;
+        }
+        field->forceActiveFocus();
+        field->setProperty("text", text);
+    }
+    return true;
 }
 } // namespace
 
@@ -57,7 +88,13 @@ int main(int argc, char **argv)
     const QCommandLineOption shortcutOption(QStringLiteral("shortcut"),
                                             QStringLiteral("Perform a quick action: search, favourite, history or list."),
                                             QStringLiteral("type"));
-    parser.addOptions({screenshotOption, sizeOption, shortcutOption});
+    const QCommandLineOption tabOption(QStringLiteral("tab"),
+                                       QStringLiteral("With --screenshot: show this tab (list, favourites or history)."),
+                                       QStringLiteral("tab"));
+    const QCommandLineOption searchOption(QStringLiteral("search"),
+                                          QStringLiteral("With --screenshot: type this text into the search field."),
+                                          QStringLiteral("text"));
+    parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
@@ -94,6 +131,8 @@ int main(int argc, char **argv)
     auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
 
     if (screenshot) {
+        if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
+            return 2;
         auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);
         shot->start();
         return app.exec();

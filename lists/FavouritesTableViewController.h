@@ -1,0 +1,32 @@
+#pragma once
+
+#include "SingleSectionListController.h"
+
+namespace norvella {
+
+// The favourites tab: the marked verbs in the order of the sort column.
+class FavouritesTableViewController : public SingleSectionListController
+{
+    Q_OBJECT
+    QML_ELEMENT
+
+public:
+    explicit FavouritesTableViewController(QObject *parent = nullptr);
+
+    void viewDidLoad() override;
+    void viewDidAppear() override;
+    void viewDidDisappear() override;
+
+    static QString query(const QString &sortColumn);
+
+protected:
+    QString listQuery() const override;
+    Removal removal() const override;
+    void verbWillBeRemoved(Verb &verb) override;
+    void verbWasRemoved(const VerbPtr &verb) override;
+
+private:
+    void verbFavouriteToggled(const Notification &notification);
+};
+
+} // namespace norvella

@@ -1,0 +1,9 @@
+import QtQuick
+import Norvella.Lists
+import Norvella.Resources
+
+// The history tab.
+SingleSectionTableView {
+    emptyText: L10n.text("history.empty")
+    accessibleName: L10n.text("tabs.history")
+}

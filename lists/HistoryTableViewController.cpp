@@ -1,0 +1,33 @@
+#include "HistoryTableViewController.h"
+
+#include "CrashLog.h"
+
+namespace norvella {
+
+HistoryTableViewController::HistoryTableViewController(QObject *parent) : SingleSectionListController(parent) {}
+
+void HistoryTableViewController::viewDidLoad()
+{
+    // Any of these reloads, whoever posted it, this list's own changes included.
+    for (const QString &name :
+         {Notifications::VerbFavouriteToggled, Notifications::VerbViewed, Notifications::RefreshHistory})
+        m_observers.add(name, [this](const Notification &) { reload(); });
+    reload();
+}
+
+QString HistoryTableViewController::query()
+{
+    return QStringLiteral("SELECT distinct verb._id, english, italian, portuguese, german, spanish, french, dutch, "
+                          "favourite._id as favourite_available\n"
+                          "FROM history INNER JOIN verb ON history.verbid = verb._id LEFT OUTER JOIN favourite ON "
+                          "history.verbid = favourite.verbid\n"
+                          "ORDER BY timestamp DESC");
+}
+
+SingleSectionListController::Removal HistoryTableViewController::removal() const
+{
+    return {QStringLiteral("action.remove"), QStringLiteral("DELETE FROM history WHERE history.verbid = ?"),
+            DatabaseErrors::RemovingHistory};
+}
+
+} // namespace norvella

@@ -1,0 +1,116 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Controls.impl
+import QtQuick.Layouts
+import Norvella.Lists
+import Norvella.Resources
+
+// One verb row of a list whose model is a VerbTableModel: the infinitive over
+// its translation, a star for a favourite, and, where the list offers one, a
+// trailing swipe action built when the row starts to slide.
+SwipeDelegate {
+    id: cell
+
+    required property int index
+    required property string italian
+    required property string translation
+    required property bool isFavourite
+    readonly property VerbTableModel table: ListView.view ? ListView.view.model : null
+    property bool swipeEnabled: false
+    property real separatorInset: 16
+    property real trailingInset: 0
+    property SwipeAction swipeAction: null
+
+    width: ListView.view ? ListView.view.width : implicitWidth
+    leftPadding: 16
+    rightPadding: 16 + trailingInset
+    topPadding: 8
+    bottomPadding: 8
+    implicitHeight: Math.max(Theme.minimumTouchTarget + 12, implicitContentHeight + topPadding + bottomPadding)
+    Accessible.name: italian
+    Accessible.description: translation
+    swipe.enabled: swipeEnabled && table !== null
+    swipe.right: SwipeActionView {}
+
+    onClicked: {
+        if (swipe.position !== 0)
+            swipe.close()
+        else if (table)
+            table.selectRow(index)
+    }
+
+    Binding {
+        target: cell.swipe.rightItem
+        when: cell.swipe.rightItem !== null
+        property: "action"
+        value: cell.swipeAction
+    }
+
+    Connections {
+        target: cell.swipe
+        function onPositionChanged() {
+            if (cell.swipe.position < 0 && cell.swipeAction === null && cell.table !== null) {
+                cell.swipeAction = cell.table.trailingSwipeAction(cell.index)
+                if (cell.swipeAction === null)
+                    cell.swipe.close()
+            }
+        }
+        function onClosed() { cell.swipeAction = null }
+    }
+
+    Connections {
+        target: cell.swipeAction
+        function onPerformed(completed) {
+            if (completed && cell.swipeAction && !cell.swipeAction.destructive)
+                cell.swipe.close()
+        }
+    }
+
+    contentItem: RowLayout {
+        spacing: 12
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            Layout.alignment: Qt.AlignVCenter
+            spacing: 2
+
+            Label {
+                Layout.fillWidth: true
+                text: cell.italian
+                color: Theme.text
+                elide: Text.ElideRight
+                font.pointSize: cell.font.pointSize * 1.05
+            }
+            Label {
+                Layout.fillWidth: true
+                visible: text.length > 0
+                text: cell.translation
+                color: Theme.secondaryText
+                elide: Text.ElideRight
+                font.pointSize: cell.font.pointSize * 0.9
+            }
+        }
+
+        IconImage {
+            visible: cell.isFavourite
+            Layout.alignment: Qt.AlignVCenter
+            sourceSize.width: 20
+            sourceSize.height: 20
+            source: "qrc:/norvella/icons/favourite-filled.svg"
+            color: Theme.primary
+            Accessible.ignored: true
+        }
+    }
+
+    background: Rectangle {
+        color: cell.down ? Theme.separator : Theme.background
+
+        Rectangle {
+            x: cell.separatorInset
+            width: parent.width - x
+            height: 1
+            anchors.bottom: parent.bottom
+            color: Theme.separator
+        }
+    }
+}

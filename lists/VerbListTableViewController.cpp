@@ -1,0 +1,186 @@
+#include "VerbListTableViewController.h"
+
+#include "CrashLog.h"
+#include "Database.h"
+#include "Settings.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace norvella {
+
+VerbListTableViewController::VerbListTableViewController(QObject *parent) : InterstitialTableViewController(parent) {}
+
+void VerbListTableViewController::viewDidLoad()
+{
+    m_observers.add(Notifications::VerbFavouriteToggled,
+                    [this](const Notification &notification) { verbFavouriteToggled(notification); });
+    reload();
+}
+
+void VerbListTableViewController::viewDidAppear()
+{
+    emit analyticsEvent(QStringLiteral("verb_list"));
+    setVisible(true);
+}
+
+void VerbListTableViewController::viewDidDisappear()
+{
+    setVisible(false);
+}
+
+QString VerbListTableViewController::sortColumn(const Settings &settings, const QStringList &preferredLanguages)
+{
+    if (Preferences::sortByLang(settings))
+        return QStringLiteral("simplified_italian");
+    QString language = Preferences::translationLanguage(settings);
+    if (language.isEmpty())
+        language = preferredLanguages.value(0);
+    if (language.startsWith(QLatin1String("de")))
+        return QStringLiteral("simplified_german");
+    if (language.startsWith(QLatin1String("es")))
+        return QStringLiteral("simplified_spanish");
+    if (language.startsWith(QLatin1String("nl")))
+        return QStringLiteral("simplified_dutch");
+    // The plain column on purpose: an accented initial gets a section of its own.
+    if (language.startsWith(QLatin1String("pt")))
+        return QStringLiteral("portuguese");
+    if (language.startsWith(QLatin1String("it")))
+        return QStringLiteral("simplified_italian");
+    if (language.startsWith(QLatin1String("fr")))
+        return QStringLiteral("simplified_french");
+    return QStringLiteral("english");
+}
+
+QString VerbListTableViewController::query(const QString &sortColumn)
+{
+    return QStringLiteral("SELECT distinct verb._id, voice_available, english, portuguese, simplified_portuguese, "
+                          "german, simplified_german, french, simplified_french, dutch, simplified_dutch, spanish, "
+                          "simplified_spanish, italian, simplified_italian, substr(")
+            + sortColumn
+            + QStringLiteral(", 1, 1) as index_letter, favourite._id as favourite_available\n"
+                             "FROM verb LEFT OUTER JOIN favourite ON verb._id = favourite.verbid\n"
+                             "ORDER BY ")
+            + sortColumn;
+}
+
+void VerbListTableViewController::sortKeys(QStringList &keys)
+{
+    // Scalar-value order of the normalised text, not UTF-16 unit order.
+    std::sort(keys.begin(), keys.end(), [](const QString &a, const QString &b) {
+        const QList<uint> left = a.normalized(QString::NormalizationForm_C).toUcs4();
+        const QList<uint> right = b.normalized(QString::NormalizationForm_C).toUcs4();
+        return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end());
+    });
+}
+
+void VerbListTableViewController::reload()
+{
+    const QString column = sortColumn(settings(), PreferredLanguages::get());
+    m_verbs.clear();
+    if (!queue())
+        return;
+    queue()->inDatabase([&](Database &db) {
+        auto rows = db.executeQuery(query(column));
+        if (rows) {
+            while (rows->next()) {
+                VerbPtr verb = readListVerb(*rows);
+                verb->voice_available = rows->boolForColumn(QStringLiteral("voice_available"));
+                verb->simplified_portuguese = rows->stringForColumn(QStringLiteral("simplified_portuguese"));
+                verb->simplified_german = rows->stringForColumn(QStringLiteral("simplified_german"));
+                verb->simplified_french = rows->stringForColumn(QStringLiteral("simplified_french"));
+                verb->simplified_dutch = rows->stringForColumn(QStringLiteral("simplified_dutch"));
+                verb->simplified_spanish = rows->stringForColumn(QStringLiteral("simplified_spanish"));
+                verb->simplified_italian = rows->stringForColumn(QStringLiteral("simplified_italian"));
+                const QString key = rows->stringForColumn(QStringLiteral("index_letter")).toUpper();
+                m_verbs[key].append(verb);
+            }
+            rows->close();
+            QStringList keys = m_verbs.keys();
+            sortKeys(keys);
+            if (keys != m_keys) {
+                m_keys = keys;
+                emit keysChanged();
+            }
+        } else {
+            // The old section titles stay, over an empty list.
+            reportDatabaseError(DatabaseErrors::ReadingVerbList, db);
+        }
+        std::vector<Row> flat;
+        for (const QString &key : std::as_const(m_keys)) {
+            for (const VerbPtr &verb : m_verbs.value(key))
+                flat.push_back({verb, key});
+        }
+        reloadData(std::move(flat));
+    });
+}
+
+int VerbListTableViewController::numberOfRowsInSection(int section) const
+{
+    if (section < 0 || section >= m_keys.size())
+        return 0;
+    return int(m_verbs.value(m_keys.at(section)).size());
+}
+
+int VerbListTableViewController::sectionForSectionIndexTitle(const QString &title) const
+{
+    return int(m_keys.indexOf(title));
+}
+
+int VerbListTableViewController::firstRowForSectionIndexTitle(const QString &title) const
+{
+    const int section = sectionForSectionIndexTitle(title);
+    if (section < 0)
+        return -1;
+    for (int row = 0; row < rowCount(); ++row) {
+        if (data(index(row), SectionRole).toString() == title)
+            return row;
+    }
+    return -1;
+}
+
+SwipeAction *VerbListTableViewController::trailingSwipeAction(int row)
+{
+    const VerbPtr verb = verbAtRow(row);
+    if (!verb)
+        return nullptr;
+    const QString key = data(index(row), SectionRole).toString();
+    if (!m_keys.contains(key) || !m_verbs.contains(key))
+        return nullptr;
+    const bool favourite = verb->isFavourite;
+    QPointer<VerbListTableViewController> self(this);
+    return SwipeAction::forQml(new SwipeAction(
+            SwipeAction::Style::Normal,
+            favourite ? QStringLiteral("action.favourite.remove") : QStringLiteral("action.favourite"),
+            favourite ? QStringLiteral("remove") : QStringLiteral("favourite"),
+            favourite ? SwipeAction::destructiveColor() : SwipeAction::neutralColor(), verb,
+            [self](const VerbPtr &verb) { return self ? self->toggleFavourite(verb) : false; }));
+}
+
+bool VerbListTableViewController::toggleFavourite(const VerbPtr &verb)
+{
+    verb->isFavourite = !verb->isFavourite;
+    reloadRow(verb.get());
+    if (queue()) {
+        queue()->inDatabase([&](Database &db) {
+            const bool ok = verb->isFavourite
+                    ? db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verb->id})
+                    : db.executeUpdate(QStringLiteral("DELETE FROM favourite WHERE verbid=?"), {verb->id});
+            if (!ok)
+                qWarning().noquote() << QStringLiteral("Unable to update favourite ") + db.lastErrorMessage();
+            db.close();
+        });
+    }
+    NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this, verbUserInfo(verb));
+    return true;
+}
+
+void VerbListTableViewController::verbFavouriteToggled(const Notification &notification)
+{
+    if (qobject_cast<VerbListTableViewController *>(notification.sender()))
+        return;
+    reload();
+}
+
+} // namespace norvella

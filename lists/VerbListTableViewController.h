@@ -1,0 +1,54 @@
+#pragma once
+
+#include "InterstitialTableViewController.h"
+
+#include <QMap>
+#include <QStringList>
+
+namespace norvella {
+
+// The first tab: every verb, in sections by the first letter of the sort
+// column, with a section index and a favourite toggle on each row.
+class VerbListTableViewController : public InterstitialTableViewController
+{
+    Q_OBJECT
+    QML_ELEMENT
+    // The section titles, which are also the section index titles.
+    Q_PROPERTY(QStringList keys READ keys NOTIFY keysChanged)
+
+public:
+    explicit VerbListTableViewController(QObject *parent = nullptr);
+
+    void viewDidLoad() override;
+    void viewDidAppear() override;
+    void viewDidDisappear() override;
+    void reload() override;
+    SwipeAction *trailingSwipeAction(int row) override;
+
+    const QMap<QString, QList<VerbPtr>> &verbs() const { return m_verbs; }
+    const QStringList &keys() const { return m_keys; }
+
+    Q_INVOKABLE int numberOfRowsInSection(int section) const;
+    // The position of the title among the keys, -1 when it is not one.
+    Q_INVOKABLE int sectionForSectionIndexTitle(const QString &title) const;
+    // The view row that starts the section of that index title, -1 when none.
+    Q_INVOKABLE int firstRowForSectionIndexTitle(const QString &title) const;
+
+    // The column that orders the list and gives the section letters.
+    static QString sortColumn(const Settings &settings, const QStringList &preferredLanguages);
+    static QString query(const QString &sortColumn);
+    // Section titles in the order the index shows them.
+    static void sortKeys(QStringList &keys);
+
+signals:
+    void keysChanged();
+
+private:
+    bool toggleFavourite(const VerbPtr &verb);
+    void verbFavouriteToggled(const Notification &notification);
+
+    QMap<QString, QList<VerbPtr>> m_verbs;
+    QStringList m_keys;
+};
+
+} // namespace norvella

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "DatabaseQueue.h"
+#include "SwipeAction.h"
+#include "Verb.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+#include <QQmlEngine>
+
+#include <memory>
+#include <vector>
+
+namespace norvella {
+
+class ResultSet;
+class Settings;
+
+// The part every verb list and the search results share: the rows exactly as
+// the view last loaded them, shown as subtitle rows, plus the queue and the
+// settings they read. The rows are a snapshot separate from each screen's own
+// data, so a screen can change its data first and tell the view afterwards,
+// and the view never sees a row count it was not told about.
+class VerbTableModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("A base of the verb lists")
+    // The database queue (a DatabaseQueueRef); without one nothing is read.
+    Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        ItalianRole = Qt::UserRole + 1,
+        TranslationRole,
+        IsFavouriteRole,
+        SectionRole,
+    };
+    Q_ENUM(Role)
+
+    explicit VerbTableModel(QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+    int count() const { return int(m_rows.size()); }
+
+    const std::shared_ptr<DatabaseQueue> &queue() const { return m_queue; }
+    void setQueue(std::shared_ptr<DatabaseQueue> queue);
+    QObject *queueObject() const { return m_queueObject; }
+    void setQueueObject(QObject *object);
+
+    // Null goes back to the app-wide store.
+    void setSettings(Settings *settings) { m_settings = settings; }
+    Settings &settings() const;
+
+    // The verb shown in a row of the view, or null.
+    VerbPtr verbAtRow(int row) const;
+    int rowOfVerb(const Verb *verb) const;
+
+    // A tap on a row: the lists open the detail column with its verb.
+    Q_INVOKABLE virtual void selectRow(int row);
+    // The row's one trailing action, or null when it has none. Building it
+    // may already change the list (favourites, history).
+    Q_INVOKABLE virtual norvella::SwipeAction *trailingSwipeAction(int row);
+
+signals:
+    void queueChanged();
+    void countChanged();
+    // A row was chosen: the detail column should show this verb.
+    void showDetail(const norvella::VerbPtr &verb);
+
+protected:
+    struct Row
+    {
+        VerbPtr verb;
+        QString section;
+    };
+    // The view forgets its rows and takes these.
+    void reloadData(std::vector<Row> rows);
+    // The view drops the row of this verb (if it shows one).
+    void deleteRow(const Verb *verb);
+    // The view redraws the row of this verb.
+    void reloadRow(const Verb *verb);
+
+    static std::vector<Row> rowsFor(const QList<VerbPtr> &verbs);
+    // The fields every list reads alike: id, the seven texts and the favourite flag.
+    static VerbPtr readListVerb(const ResultSet &row);
+
+private:
+    std::vector<Row> m_rows;
+    std::shared_ptr<DatabaseQueue> m_queue;
+    QPointer<QObject> m_queueObject;
+    Settings *m_settings = nullptr;
+};
+
+} // namespace norvella
