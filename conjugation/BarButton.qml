@@ -1,0 +1,21 @@
+import QtQuick
+import QtQuick.Controls
+import Norvella.Resources
+
+// An icon button for the top and bottom bars, at least a touch target in size.
+ToolButton {
+    id: button
+
+    property color pressedColor: Qt.rgba(0, 0, 0, 0.08)
+
+    implicitWidth: Theme.minimumTouchTarget
+    implicitHeight: Theme.minimumTouchTarget
+    icon.width: 26
+    icon.height: 26
+    display: AbstractButton.IconOnly
+
+    background: Rectangle {
+        radius: 8
+        color: button.down ? button.pressedColor : "transparent"
+    }
+}

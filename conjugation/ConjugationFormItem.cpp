@@ -1,0 +1,48 @@
+#include "ConjugationFormItem.h"
+
+#include "Strings.h"
+#include "VerbDetailTableViewController.h"
+
+namespace norvella {
+
+ConjugationFormItem::ConjugationFormItem(VerbDetailTableViewController *controller, QString key, QString pronoun,
+                                         QString form, QObject *parent)
+    : QObject(parent),
+      m_controller(controller),
+      m_key(std::move(key)),
+      m_pronoun(std::move(pronoun)),
+      m_form(std::move(form))
+{
+    connect(controller, &VerbDetailTableViewController::speakingKeyChanged, this,
+            &ConjugationFormItem::updateSpeaking);
+    m_speaking = controller->speakingKey() == m_key;
+}
+
+QString ConjugationFormItem::playName() const
+{
+    const QString spoken = m_pronoun.isEmpty() ? m_form : m_pronoun + QLatin1Char(' ') + m_form;
+    return Strings::text(QStringLiteral("conjugation.play")).arg(spoken);
+}
+
+QString ConjugationFormItem::stopName() const
+{
+    const QString spoken = m_pronoun.isEmpty() ? m_form : m_pronoun + QLatin1Char(' ') + m_form;
+    return Strings::text(QStringLiteral("conjugation.stop")).arg(spoken);
+}
+
+void ConjugationFormItem::toggleSpeech(QObject *progressView)
+{
+    if (m_controller)
+        m_controller->toggleSpeech(m_key, progressView);
+}
+
+void ConjugationFormItem::updateSpeaking()
+{
+    const bool speaking = m_controller && m_controller->speakingKey() == m_key;
+    if (speaking == m_speaking)
+        return;
+    m_speaking = speaking;
+    emit speakingChanged();
+}
+
+} // namespace norvella

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlEngine>
+
+namespace norvella {
+
+class VerbDetailTableViewController;
+
+// One form row as the views see it: its texts, whether it is the one being
+// spoken, and the play control's action.
+class ConjugationFormItem : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the conjugation screen")
+    Q_PROPERTY(QString key READ key CONSTANT)
+    Q_PROPERTY(QString pronoun READ pronoun CONSTANT)
+    Q_PROPERTY(QString form READ form CONSTANT)
+    Q_PROPERTY(QString playName READ playName CONSTANT)
+    Q_PROPERTY(QString stopName READ stopName CONSTANT)
+    Q_PROPERTY(bool speaking READ isSpeaking NOTIFY speakingChanged)
+public:
+    ConjugationFormItem(VerbDetailTableViewController *controller, QString key, QString pronoun, QString form,
+                        QObject *parent = nullptr);
+
+    const QString &key() const { return m_key; }
+    const QString &pronoun() const { return m_pronoun; }
+    const QString &form() const { return m_form; }
+    QString playName() const;
+    QString stopName() const;
+    bool isSpeaking() const { return m_speaking; }
+
+    // Speaks this form, filling `progressView` (a RoundProgressView), or stops it.
+    Q_INVOKABLE void toggleSpeech(QObject *progressView);
+
+signals:
+    void speakingChanged();
+
+private:
+    void updateSpeaking();
+
+    QPointer<VerbDetailTableViewController> m_controller;
+    QString m_key;
+    QString m_pronoun;
+    QString m_form;
+    bool m_speaking = false;
+};
+
+} // namespace norvella

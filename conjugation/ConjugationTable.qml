@@ -1,0 +1,14 @@
+import QtQuick
+import QtQuick.Controls
+
+// Phone layout: the verb row, then each tense of the mood as a titled section.
+ListView {
+    clip: true
+    bottomMargin: 24
+    boundsBehavior: Flickable.StopAtBounds
+    ScrollIndicator.vertical: ScrollIndicator {}
+
+    delegate: TableSection {
+        width: ListView.view.width
+    }
+}

@@ -1,0 +1,79 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Norvella.Resources
+import Norvella.Conjugation
+
+// A pronoun and its form with a play control. In a grid block (compact) the
+// row keeps its height and long forms shrink to fit instead of being cut off.
+Control {
+    id: row
+
+    property ConjugationFormItem item
+    property bool compact: false
+    // A hairline above the row, between it and the previous one.
+    property bool separatorVisible: false
+    readonly property bool speaking: item !== null && item.speaking
+
+    implicitHeight: compact ? Theme.minimumTouchTarget
+                            : Math.max(Theme.minimumTouchTarget + 8, layout.implicitHeight + 12)
+
+    FontMetrics {
+        id: metrics
+        font: row.font
+    }
+
+    RowLayout {
+        id: layout
+        anchors.fill: parent
+        anchors.leftMargin: row.compact ? 12 : 16
+        anchors.rightMargin: row.compact ? 4 : 8
+        spacing: 8
+
+        Label {
+            visible: row.item !== null && row.item.pronoun.length > 0
+            // Wide enough for the widest pronoun, so the forms line up.
+            Layout.preferredWidth: Math.ceil(metrics.advanceWidth("lui/lei") + metrics.averageCharacterWidth)
+            Layout.fillHeight: row.compact
+            text: row.item ? row.item.pronoun : ""
+            color: Theme.secondaryText
+            wrapMode: Text.Wrap
+            verticalAlignment: Text.AlignVCenter
+            fontSizeMode: row.compact ? Text.Fit : Text.FixedSize
+            minimumPointSize: 7
+        }
+
+        Label {
+            Layout.fillWidth: true
+            Layout.fillHeight: row.compact
+            text: row.item ? row.item.form : ""
+            color: Theme.text
+            font.weight: Font.Medium
+            wrapMode: Text.Wrap
+            verticalAlignment: Text.AlignVCenter
+            fontSizeMode: row.compact ? Text.Fit : Text.FixedSize
+            minimumPointSize: 7
+        }
+
+        PlayButton {
+            id: play
+            speaking: row.speaking
+            Accessible.name: row.item ? (row.speaking ? row.item.stopName : row.item.playName) : ""
+            onClicked: {
+                if (row.item)
+                    row.item.toggleSpeech(play.ring)
+            }
+        }
+    }
+
+    Rectangle {
+        visible: row.separatorVisible
+        anchors.top: parent.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.leftMargin: row.compact ? 12 : 16
+        anchors.rightMargin: row.compact ? 12 : 0
+        height: 1
+        color: Theme.separator
+    }
+}

@@ -1,0 +1,89 @@
+import QtQuick
+import QtQuick.Controls
+import Norvella.Resources
+import Norvella.Conjugation
+
+// One table section: the verb row, or a tense title over its forms.
+Control {
+    id: section
+
+    required property string kind
+    required property string title
+    required property var forms
+
+    readonly property bool isVerbRow: kind === "verb"
+
+    implicitHeight: column.implicitHeight
+
+    Column {
+        id: column
+        width: section.width
+
+        Rectangle {
+            visible: section.isVerbRow
+            width: column.width
+            height: verbLabel.implicitHeight
+            color: ConjugationPalette.card
+
+            Label {
+                id: verbLabel
+                width: parent.width
+                padding: 16
+                text: section.isVerbRow ? section.title : ""
+                wrapMode: Text.Wrap
+                color: Theme.text
+                font.pointSize: section.font.pointSize * 1.3
+                font.weight: Font.DemiBold
+            }
+
+            Rectangle {
+                anchors.bottom: parent.bottom
+                width: parent.width
+                height: 1
+                color: Theme.separator
+            }
+        }
+
+        Label {
+            visible: !section.isVerbRow
+            width: column.width
+            leftPadding: 16
+            rightPadding: 16
+            topPadding: 22
+            bottomPadding: 8
+            text: section.isVerbRow ? "" : section.title
+            wrapMode: Text.Wrap
+            color: Theme.primary
+            font.bold: true
+            font.capitalization: Font.AllUppercase
+            font.letterSpacing: 0.5
+            font.pointSize: section.font.pointSize * 0.9
+            Accessible.role: Accessible.Heading
+        }
+
+        Rectangle {
+            visible: !section.isVerbRow && section.forms.length > 0
+            width: column.width
+            height: rows.implicitHeight
+            color: ConjugationPalette.card
+
+            Column {
+                id: rows
+                width: parent.width
+
+                Repeater {
+                    model: section.forms
+
+                    delegate: FormRow {
+                        required property ConjugationFormItem modelData
+                        required property int index
+
+                        width: parent ? parent.width : 0
+                        item: modelData
+                        separatorVisible: index > 0
+                    }
+                }
+            }
+        }
+    }
+}

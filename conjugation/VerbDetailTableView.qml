@@ -1,0 +1,95 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Norvella.Conjugation
+
+// The conjugation screen: one verb's forms, a mood at a time, as a table of
+// titled sections on narrow screens and as a grid of tense blocks on wide ones.
+Page {
+    id: screen
+
+    // The verb to show (a VerbRef) and the database queue (a DatabaseQueueRef).
+    property QtObject verb
+    property QtObject queue
+    // Shown as a preview: no mood selector and no toolbar.
+    property bool peeking: false
+    property bool showsBackButton: false
+    // The grid once two tense blocks fit side by side.
+    property bool regularWidth: width >= 660
+    // For the window's collapse rule: an empty detail column may be dropped.
+    readonly property bool hasVerb: controller.hasVerb
+
+    signal backRequested()
+    signal exportRequested(QtObject verb)
+
+    // Shows a mood as if its segment were chosen: 0 indicative, 1 subjunctive,
+    // 2 conditional, 3 other forms.
+    function selectMood(index: int) {
+        controller.selectVerbTypes(index)
+    }
+
+    background: Rectangle { color: ConjugationPalette.groupedBackground }
+
+    VerbDetailTableViewController {
+        id: controller
+        verb: screen.verb
+        queue: screen.queue
+        peeking: screen.peeking
+        onAlertRequested: message => alert.show(message)
+    }
+
+    header: DetailBar {
+        title: controller.title
+        showsBackButton: screen.showsBackButton
+        onBackRequested: screen.backRequested()
+    }
+
+    footer: DetailToolbar {
+        visible: controller.toolbarVisible
+        favouriteIcon: controller.favouriteIcon
+        favouriteName: controller.favouriteName
+        favourite: controller.isFavourite
+        onFavouriteClicked: controller.toggleFavourite()
+        onExportClicked: screen.exportRequested(screen.verb)
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        MoodSelector {
+            Layout.fillWidth: true
+            visible: controller.segmentsVisible
+            titles: controller.segmentTitles
+            currentIndex: controller.selectedSegment
+            onSegmentSelected: index => controller.selectVerbTypes(index)
+        }
+
+        // Both presentations are fed together; the width decides which one shows.
+        ConjugationTable {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            visible: controller.hasVerb && !screen.regularWidth
+            model: controller.tableModel
+        }
+
+        ConjugationGrid {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            visible: controller.hasVerb && screen.regularWidth
+            model: controller.gridModel
+            heading: controller.verbRowText
+        }
+    }
+
+    SelectVerbLabel {
+        anchors.centerIn: parent
+        width: Math.min(implicitWidth, parent.width - 40)
+        visible: controller.selectVerbVisible
+        text: controller.selectVerbText
+    }
+
+    AlertDialog {
+        id: alert
+    }
+}

@@ -1,0 +1,314 @@
+#include "VerbDetailTableViewController.h"
+
+#include "ConjugationGroups.h"
+#include "ConjugationSectionModel.h"
+#include "ConjugationServices.h"
+#include "CrashLog.h"
+#include "DatabaseQueueRef.h"
+#include "RoundProgressView.h"
+#include "Settings.h"
+#include "Strings.h"
+#include "VerbRef.h"
+#include "VerbViewBookkeeping.h"
+
+#include <QCoreApplication>
+
+namespace norvella {
+
+VerbDetailTableViewController::VerbDetailTableViewController(QObject *parent)
+    : QObject(parent),
+      m_settings(&Settings::standard()),
+      m_launchArguments(QCoreApplication::arguments()),
+      m_tableModel(new ConjugationSectionModel(*this, ConjugationSectionModel::Presentation::Table, this)),
+      m_gridModel(new ConjugationSectionModel(*this, ConjugationSectionModel::Presentation::Grid, this)),
+      m_player(new PronunciationPlayer(*m_settings, this))
+{
+    connect(m_player, &PronunciationPlayer::speakingKeyChanged, this,
+            &VerbDetailTableViewController::speakingKeyChanged);
+    connect(m_player, &PronunciationPlayer::alertRequested, this, &VerbDetailTableViewController::alertRequested);
+}
+
+VerbDetailTableViewController::~VerbDetailTableViewController() = default;
+
+void VerbDetailTableViewController::setSettings(Settings &settings)
+{
+    m_settings = &settings;
+    m_player->setSettings(settings);
+}
+
+void VerbDetailTableViewController::setSpeechSynthesizer(SpeechSynthesizer *synthesizer)
+{
+    m_player->setSynthesizer(synthesizer);
+}
+
+void VerbDetailTableViewController::setVolumeProbe(PronunciationPlayer::VolumeProbe probe)
+{
+    m_player->setVolumeProbe(std::move(probe));
+}
+
+void VerbDetailTableViewController::setSelectedVerb(VerbPtr verb)
+{
+    if (verb == m_verb)
+        return;
+    m_player->stop();
+    m_verb = std::move(verb);
+    emit verbChanged();
+    emit favouriteChanged();
+    emit chromeChanged();
+    verbReplaced();
+}
+
+void VerbDetailTableViewController::setQueue(std::shared_ptr<DatabaseQueue> queue)
+{
+    m_queue = std::move(queue);
+}
+
+void VerbDetailTableViewController::setVerbObject(QObject *verb)
+{
+    if (verb == m_verbObject)
+        return;
+    m_verbObject = verb;
+    setSelectedVerb(VerbRef::from(verb));
+}
+
+void VerbDetailTableViewController::setQueueObject(QObject *queue)
+{
+    if (queue == m_queueObject)
+        return;
+    m_queueObject = queue;
+    setQueue(DatabaseQueueRef::from(queue));
+    emit queueChanged();
+}
+
+void VerbDetailTableViewController::componentComplete()
+{
+    viewDidLoad();
+    viewDidAppear();
+}
+
+void VerbDetailTableViewController::viewDidLoad()
+{
+    if (m_viewLoaded)
+        return;
+    m_viewLoaded = true;
+    loadConjugations();
+    reloadPresentations();
+    m_observers.add(Notifications::RefreshConjugations, [this](const Notification &) { refreshConjugations(); });
+    m_observers.add(Notifications::VerbFavouriteToggled,
+                    [this](const Notification &notification) { verbFavouriteToggled(notification); });
+}
+
+// A screen kept on screen while the user picks another verb behaves like a
+// fresh showing of that verb.
+void VerbDetailTableViewController::verbReplaced()
+{
+    if (!m_viewLoaded)
+        return;
+    loadConjugations();
+    reloadPresentations();
+    viewDidAppear();
+}
+
+void VerbDetailTableViewController::viewDidAppear()
+{
+    if (!m_verb)
+        return;
+    ConjugationServices::logEvent(QStringLiteral("select_content"),
+                                  {{QStringLiteral("item_id"), QString::number(m_verb->id)},
+                                   {QStringLiteral("item_name"), m_verb->italian}});
+}
+
+void VerbDetailTableViewController::loadConjugations()
+{
+    if (!m_verb || m_verb->loaded)
+        return;
+    VerbViewBookkeeping::countView(*m_settings, m_launchArguments);
+    if (m_queue) {
+        const VerbPtr verb = m_verb;
+        Settings &settings = *m_settings;
+        m_queue->inDatabase([&](Database &db) { VerbViewBookkeeping::loadTurn(db, settings, *verb); });
+    }
+    NotificationCenter::defaultCenter().post(Notifications::VerbViewed, QVariant(),
+                                             {{QStringLiteral("verb"), QVariant::fromValue(m_verb)}});
+}
+
+void VerbDetailTableViewController::refreshConjugations()
+{
+    reloadPresentations();
+}
+
+void VerbDetailTableViewController::selectVerbTypes(int segment)
+{
+    if (segment != m_selectedSegment) {
+        m_selectedSegment = segment;
+        emit selectedSegmentChanged();
+    }
+    reloadPresentations();
+    ConjugationServices::logEvent(QStringLiteral("conjugation_tab"),
+                                  {{QStringLiteral("name"), ConjugationGroups::analyticsValue(segment)}});
+}
+
+void VerbDetailTableViewController::reloadPresentations()
+{
+    m_tableModel->reload();
+    m_gridModel->reload();
+    emit contentChanged();
+}
+
+void VerbDetailTableViewController::toggleFavourite()
+{
+    if (!m_verb)
+        return;
+    const VerbPtr verb = m_verb;
+    verb->isFavourite = !verb->isFavourite;
+    emit favouriteChanged();
+    if (m_queue) {
+        m_queue->inDatabase([&](Database &db) {
+            const bool ok = verb->isFavourite
+                    ? db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verb->id})
+                    : db.executeUpdate(QStringLiteral("DELETE FROM favourite WHERE verbid=?"), {verb->id});
+            if (!ok)
+                CrashLog::log(QStringLiteral("Unable to update favourite ") + db.lastErrorMessage());
+            db.close();
+        });
+    }
+    NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this,
+                                             {{QStringLiteral("verb"), QVariant::fromValue(verb)}});
+}
+
+void VerbDetailTableViewController::verbFavouriteToggled(const Notification &notification)
+{
+    if (notification.sender() == this)
+        return;
+    const QVariant value = notification.userInfo.value(QStringLiteral("verb"));
+    if (!value.canConvert<VerbPtr>())
+        return;
+    const VerbPtr other = value.value<VerbPtr>();
+    if (!other || !m_verb || other->id != m_verb->id)
+        return;
+    m_verb->isFavourite = other->isFavourite;
+    emit favouriteChanged();
+}
+
+void VerbDetailTableViewController::toggleSpeech(const QString &key, QObject *progressView)
+{
+    if (!m_verb)
+        qFatal("It shouldn't be possible for the verb to be null when we reach here.");
+    if (key == m_player->speakingKey() && m_player->isSpeaking()) {
+        m_player->stop();
+        return;
+    }
+    const Conjugation *form = conjugationForKey(key);
+    if (!form)
+        return;
+    m_player->play(key, PronunciationPlayer::spokenText(*form), qobject_cast<RoundProgressView *>(progressView));
+}
+
+void VerbDetailTableViewController::setPeeking(bool peeking)
+{
+    if (peeking == m_peeking)
+        return;
+    m_peeking = peeking;
+    emit chromeChanged();
+}
+
+int VerbDetailTableViewController::numberOfSections() const
+{
+    if (!m_verb || !ConjugationGroups::isValidGroup(m_selectedSegment))
+        return 0;
+    return ConjugationGroups::tenseCount(m_selectedSegment) + 1;
+}
+
+const ConjugationList *VerbDetailTableViewController::listForSection(int section) const
+{
+    if (!m_verb)
+        return nullptr;
+    const auto *tense = ConjugationGroups::tense(m_selectedSegment, section - 1);
+    return tense ? &((*m_verb).*(tense->list)) : nullptr;
+}
+
+int VerbDetailTableViewController::numberOfRowsInSection(int section) const
+{
+    if (!m_verb)
+        return 0;
+    if (section == 0)
+        return ConjugationGroups::isValidGroup(m_selectedSegment) ? 1 : 0;
+    const ConjugationList *list = listForSection(section);
+    return list ? int(list->size()) : 0;
+}
+
+QString VerbDetailTableViewController::titleForHeaderInSection(int section) const
+{
+    // Read each time, so a changed setting shows at the next reload.
+    const QString key = ConjugationGroups::titleKey(m_selectedSegment, section - 1,
+                                                    Preferences::showTranslated(*m_settings));
+    return key.isEmpty() ? QString() : Strings::text(key);
+}
+
+int VerbDetailTableViewController::numberOfItems() const
+{
+    return ConjugationGroups::tenseCount(m_selectedSegment);
+}
+
+QString VerbDetailTableViewController::keyFor(int group, int section, int row)
+{
+    const auto *tense = ConjugationGroups::tense(group, section - 1);
+    return tense ? QStringLiteral("%1:%2").arg(QLatin1String(tense->typeId)).arg(row) : QString();
+}
+
+const Conjugation *VerbDetailTableViewController::conjugationForKey(const QString &key) const
+{
+    const QStringList parts = key.split(QLatin1Char(':'));
+    if (!m_verb || parts.size() != 2)
+        return nullptr;
+    const ConjugationList *list = m_verb->listForType(parts[0]);
+    bool ok = false;
+    const int row = parts[1].toInt(&ok);
+    if (!list || !ok || row < 0 || row >= list->size())
+        return nullptr;
+    return &list->at(row);
+}
+
+QString VerbDetailTableViewController::verbRowText() const
+{
+    if (!m_verb)
+        return {};
+    return m_verb->italian + QStringLiteral(" (") + m_verb->translation(*m_settings) + QLatin1Char(')');
+}
+
+QStringList VerbDetailTableViewController::segmentTitles() const
+{
+    QStringList titles;
+    for (int group = 0; group < ConjugationGroups::GroupCount; ++group)
+        titles << Strings::text(ConjugationGroups::groupTitleKey(group));
+    return titles;
+}
+
+QUrl VerbDetailTableViewController::favouriteIcon() const
+{
+    return isFavourite() ? QUrl(QStringLiteral("qrc:/norvella/icons/favourite-filled.svg"))
+                         : QUrl(QStringLiteral("qrc:/norvella/icons/favourite.svg"));
+}
+
+QString VerbDetailTableViewController::favouriteName() const
+{
+    return Strings::text(isFavourite() ? QStringLiteral("conjugation.favourite.remove")
+                                       : QStringLiteral("conjugation.favourite.add"));
+}
+
+QString VerbDetailTableViewController::selectVerbText() const
+{
+    return Strings::text(QStringLiteral("select"));
+}
+
+QAbstractItemModel *VerbDetailTableViewController::tableModel() const
+{
+    return m_tableModel;
+}
+
+QAbstractItemModel *VerbDetailTableViewController::gridModel() const
+{
+    return m_gridModel;
+}
+
+} // namespace norvella

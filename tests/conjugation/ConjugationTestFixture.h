@@ -1,0 +1,82 @@
+#pragma once
+
+#include "CrashLog.h"
+#include "DatabaseQueue.h"
+#include "Settings.h"
+#include "Strings.h"
+#include "TestSupport.h"
+#include "Verb.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace norvella::test {
+
+// A working database with the conjugation fixture, a settings store and a
+// crash log, all in a fresh temporary folder; English texts and translations.
+class ConjugationFixture
+{
+public:
+    ConjugationFixture()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        PreferredLanguages::setOverride({QStringLiteral("en-GB")});
+        Strings::shared().selectLanguage({QStringLiteral("en-GB")});
+        CrashLog::setLogFilePath(dir.filePath(QStringLiteral("norvella.log")));
+        ready = QFile::copy(templateDatabase(), databasePath())
+                && QFile::setPermissions(databasePath(), QFile::ReadOwner | QFile::WriteOwner);
+        settings = std::make_unique<Settings>(dir.filePath(QStringLiteral("settings.json")));
+        queue = std::make_shared<DatabaseQueue>(databasePath());
+    }
+
+    // Built once per test program and copied for each test: SQLite syncs every statement.
+    static QString templateDatabase()
+    {
+        static QTemporaryDir folder;
+        static const bool built = [] {
+            QFile sql(QStringLiteral(NORVELLA_CONJUGATION_FIXTURE_SQL));
+            return sql.open(QIODevice::ReadOnly)
+                    && createFixtureDatabase(folder.filePath(QStringLiteral("template.db")),
+                                             QString::fromUtf8(sql.readAll()), false);
+        }();
+        if (!built)
+            qFatal("Cannot build the conjugation fixture database");
+        return folder.filePath(QStringLiteral("template.db"));
+    }
+
+    QString databasePath() const { return dir.filePath(QStringLiteral("verbs.db")); }
+    QString log() const
+    {
+        QFile file(CrashLog::logFilePath());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+    QStringList column(const QString &sql) const { return querySingleColumn(databasePath(), sql); }
+    bool run(const QString &sql) const { return runSql(databasePath(), sql); }
+
+    // A verb as a list screen hands it over: the row's fields, no forms yet.
+    static VerbPtr verb(qint64 id, const QString &italian, const QString &english, const QString &german = {})
+    {
+        auto verb = std::make_shared<Verb>();
+        verb->id = id;
+        verb->italian = italian;
+        verb->simplified_italian = italian;
+        verb->english = english;
+        verb->german = german;
+        return verb;
+    }
+    static VerbPtr andare() { return verb(1, QStringLiteral("andare"), QStringLiteral("to go"), QStringLiteral("gehen")); }
+    static VerbPtr alzarsi() { return verb(5, QStringLiteral("alzarsi"), QStringLiteral("to get up")); }
+    static VerbPtr provare() { return verb(7, QStringLiteral("provare"), QStringLiteral("to try")); }
+    static VerbPtr zittire() { return verb(8, QStringLiteral("zittire"), QStringLiteral("to silence")); }
+
+    QTemporaryDir dir;
+    bool ready = false;
+    std::unique_ptr<Settings> settings;
+    std::shared_ptr<DatabaseQueue> queue;
+};
+
+} // namespace norvella::test
