@@ -3,8 +3,10 @@ import QtQuick.Controls
 import QtQuick.Controls.impl
 import QtQuick.Layouts
 import Norvella.App
+import Norvella.Export
 import Norvella.Lists
 import Norvella.Resources
+import Norvella.Settings
 
 // The primary column: title, search field, the list of the chosen tab and
 // the tab bar; search results cover the tabs while the search is active.
@@ -30,6 +32,20 @@ Page {
         NavigationBar {
             width: parent.width
             title: L10n.text("verb.list.full")
+            leading: ToolButton {
+                id: menuButton
+                width: Theme.minimumTouchTarget
+                height: Theme.minimumTouchTarget
+                icon.source: "qrc:/norvella/icons/menu.svg"
+                icon.color: Theme.barText
+                hoverEnabled: false
+                background: Rectangle {
+                    radius: 6
+                    color: menuButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
+                }
+                Accessible.name: L10n.text("menu.open")
+                onClicked: drawer.open()
+            }
         }
         SearchField {
             id: search
@@ -102,4 +118,42 @@ Page {
             }
         }
     }
+
+    // The drawer's destinations, opened once it has closed.
+    NavigationDrawer { id: drawer }
+
+    Connections {
+        target: drawer.controller
+        function onOpenSettings() { options.open() }
+        function onOpenMoreApps() { moreApps.open() }
+        function onComposeSupportMail() { supportMail.sendEmail() }
+        function onOpenPrivacyPage() { Qt.openUrlExternally(drawer.controller.privacyAddress) }
+    }
+
+    OptionsTableView {
+        id: options
+        queue: home.appDelegate ? home.appDelegate.queue : null
+        delegate: homeController
+    }
+
+    Popup {
+        id: moreApps
+        parent: Overlay.overlay
+        width: parent ? parent.width : 0
+        height: parent ? parent.height : 0
+        padding: 0
+        modal: true
+
+        MoreAppsTableView {
+            anchors.fill: parent
+            onClosed: moreApps.close()
+        }
+    }
+
+    SupportEmailSender {
+        id: supportMail
+        sender: home
+    }
+
+    AlertDialog { sender: supportMail }
 }

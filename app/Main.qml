@@ -2,6 +2,8 @@ import QtQml
 import QtQuick
 import QtQuick.Controls
 import Norvella.App
+import Norvella.Conjugation
+import Norvella.Export
 import Norvella.Resources
 
 // The window: the home column and the detail column side by side on wide
@@ -62,23 +64,30 @@ ApplicationWindow {
         color: Theme.separator
     }
 
-    VerbDetailPlaceholder {
+    VerbDetailTableView {
+        id: detailColumn
+        objectName: "detailColumn"
         x: window.primaryWidth + 1
         visible: window.regularWidth
         width: window.width - x
         height: parent.height
         verb: window.selectedVerb
         queue: window.appDelegate ? window.appDelegate.queue : null
+        onExportRequested: verb => share.exportVerb(verb)
     }
 
     Component {
         id: detailPage
 
-        VerbDetailPlaceholder {
+        VerbDetailTableView {
+            objectName: "detailPage"
             showsBackButton: true
             onBackRequested: StackView.view.pop()
+            onExportRequested: verb => share.exportVerb(verb)
         }
     }
+
+    ShareSheet { id: share }
 
     Connections {
         target: home.controller

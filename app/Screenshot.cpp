@@ -18,11 +18,13 @@ Screenshot::Screenshot(QQuickWindow *window, QString filePath, QObject *parent)
 void Screenshot::start(int settleFrames)
 {
     m_framesLeft = settleFrames;
+    // Page transitions run for a few hundred milliseconds; draw at least that long.
+    m_settled.start();
     connect(m_window, &QQuickWindow::frameSwapped, this, [this] {
-        if (--m_framesLeft <= 0)
+        if (--m_framesLeft <= 0 && m_settled.elapsed() >= 600)
             QTimer::singleShot(0, this, &Screenshot::capture);
         else
-            m_window->update();
+            QTimer::singleShot(16, m_window, [this] { m_window->update(); });
     });
     // An idle scene stops producing frames; nudge it, and give up after a while.
     QTimer::singleShot(0, m_window, [this] { m_window->update(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSize>
 #include <QString>
@@ -25,6 +26,7 @@ private:
     QQuickWindow *m_window;
     QString m_filePath;
     int m_framesLeft = 0;
+    QElapsedTimer m_settled;
     int m_exitCode = 1;
     bool m_done = false;
 };

@@ -1,9 +1,14 @@
+#include "Analytics.h"
 #include "AppDelegate.h"
+#include "ConjugationServices.h"
 #include "CrashLog.h"
 #include "HomeViewController.h"
 #include "Screenshot.h"
 #include "Settings.h"
 #include "ShortcutChannel.h"
+#include "OptionsTableViewController.h"
+#include "VerbLookup.h"
+#include "VerbRef.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -20,6 +25,9 @@
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
 
 using namespace norvella;
 
@@ -60,6 +68,34 @@ bool prepareScreen(QObject *root, const QString &tab, bool search, const QString
     }
     return true;
 }
+
+// --open and --mood: show a verb's conjugation before drawing.
+bool openVerb(QQuickWindow *window, AppDelegate &delegate, const QString &italian, const QString &mood)
+{
+    static const QStringList moods{QStringLiteral("ind"), QStringLiteral("sub"), QStringLiteral("con"), QStringLiteral("other")};
+    const int moodIndex = mood.isEmpty() ? 0 : int(moods.indexOf(mood));
+    if (moodIndex < 0) {
+        std::fprintf(stderr, "norvella: --mood wants ind, sub, con or other\n");
+        return false;
+    }
+    const VerbPtr verb = delegate.queue() ? verbByInfinitive(*delegate.queue(), italian) : nullptr;
+    if (!verb) {
+        std::fprintf(stderr, "norvella: no verb \"%s\" in the database\n", qPrintable(italian));
+        return false;
+    }
+    window->setProperty("selectedVerb", QVariant::fromValue<QObject *>(new VerbRef(verb, window)));
+    if (!window->property("regularWidth").toBool())
+        QMetaObject::invokeMethod(window, "pushDetail");
+    const QString detailName = window->property("regularWidth").toBool() ? QStringLiteral("detailColumn")
+                                                                          : QStringLiteral("detailPage");
+    QObject *detail = window->findChild<QObject *>(detailName);
+    if (!detail) {
+        std::fprintf(stderr, "norvella: the conjugation screen is missing\n");
+        return false;
+    }
+    QMetaObject::invokeMethod(detail, "selectMood", Q_ARG(int, moodIndex));
+    return true;
+}
 } // namespace
 
 int main(int argc, char **argv)
@@ -94,7 +130,13 @@ int main(int argc, char **argv)
     const QCommandLineOption searchOption(QStringLiteral("search"),
                                           QStringLiteral("With --screenshot: type this text into the search field."),
                                           QStringLiteral("text"));
-    parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption});
+    const QCommandLineOption openOption(QStringLiteral("open"),
+                                        QStringLiteral("With --screenshot: open this verb (its Italian infinitive)."),
+                                        QStringLiteral("verb"));
+    const QCommandLineOption moodOption(QStringLiteral("mood"),
+                                        QStringLiteral("With --open: show this mood (ind, sub, con or other)."),
+                                        QStringLiteral("mood"));
+    parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
@@ -112,6 +154,16 @@ int main(int argc, char **argv)
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+
+    // Usage events from the screens go to the one local analytics service.
+    ConjugationServices::setEventHandler([](const QString &name, const QVariantMap &parameters) {
+        Analytics::shared().logEvent(name, parameters);
+    });
+    ConjugationServices::setReviewHandler([] { CrashLog::log(QStringLiteral("review requested")); });
+    OptionsTableViewController::setAnalyticsEventHandler([](const QString &name, const QVariantMap &parameters) {
+        Analytics::shared().logEvent(name, parameters);
+    });
+    OptionsTableViewController::setAnalyticsCollectionHandler([](bool on) { Analytics::shared().setCollectionEnabled(on); });
 
     AppDelegate delegate(LaunchEnvironment::standard(), Settings::standard());
     delegate.setWindowFactory([&](AppDelegate &d) {
@@ -132,6 +184,8 @@ int main(int argc, char **argv)
 
     if (screenshot) {
         if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
+            return 2;
+        if (parser.isSet(openOption) && !openVerb(window, delegate, parser.value(openOption), parser.value(moodOption)))
             return 2;
         auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);
         shot->start();

@@ -24,7 +24,7 @@ void SingleSectionListController::updateEmptyState()
 
 void SingleSectionListController::reload()
 {
-    if (false)
+    if (m_isReloading)
         return;
     m_isReloading = true;
     const QString statement = listQuery();
@@ -66,6 +66,7 @@ SwipeAction *SingleSectionListController::trailingSwipeAction(int row)
 bool SingleSectionListController::remove(const VerbPtr &verb)
 {
     // The action reports completion first, which makes the view drop the row.
+    deleteRow(verb.get());
     const Removal what = removal();
     if (queue()) {
         queue()->inDatabase([&](Database &db) {
@@ -75,7 +76,6 @@ bool SingleSectionListController::remove(const VerbPtr &verb)
                 reportDatabaseError(what.errorMessage, db);
         });
     }
-    deleteRow(verb.get());
     verbWasRemoved(verb);
     if (m_verbs.isEmpty())
         reloadData(rowsFor(m_verbs));

@@ -3,7 +3,6 @@
 #include "HomeViewController.h"
 #include "Settings.h"
 #include "TestSupport.h"
-#include "VerbSummary.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
@@ -11,11 +10,16 @@
 #include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QtQml/qqmlextensionplugin.h>
+
+#include "VerbRef.h"
 #include <QtTest>
 
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
 
 using namespace norvella;
 
@@ -64,8 +68,12 @@ private:
 
     bool detailShows(const QString &italian)
     {
-        for (VerbSummary *summary : m_window->findChildren<VerbSummary *>()) {
-            if (summary->italian() == italian)
+        // The conjugation screen in the detail column or on the pushed page.
+        for (QObject *object : m_window->findChildren<QObject *>()) {
+            if (object->objectName() != QLatin1String("detailColumn") && object->objectName() != QLatin1String("detailPage"))
+                continue;
+            const VerbPtr verb = VerbRef::from(object->property("verb").value<QObject *>());
+            if (verb && verb->italian == italian && object->property("visible").toBool())
                 return true;
         }
         return false;

@@ -1,9 +1,0 @@
-import QtQuick
-import QtQuick.Controls
-import Norvella.Resources
-
-// The detail column before a verb is chosen.
-Page {
-    header: NavigationBar { title: "" }
-    background: Rectangle { color: Theme.background }
-}
