@@ -66,6 +66,8 @@ void HomeViewController::viewDidLoad()
     m_searchResults->setSettings(m_settings);
     m_searchResults->setDelegate(this);
     m_searchResults->setQueue(m_queue);
+    // Ready by the time anyone types; until then the statement answers.
+    m_searchResults->prepareIndex();
     emit searchResultsControllerChanged();
     updateCrashReportContext();
 

@@ -4,65 +4,91 @@
 #include "Database.h"
 #include "Settings.h"
 
+#include <QtConcurrent/QtConcurrentRun>
+
 namespace norvella {
 
 namespace {
 struct TranslationColumns
 {
-    QString translation;
-    QString folded;
+    SearchIndex::Column translation;
+    SearchIndex::Column folded;
 };
 
 TranslationColumns translationColumns(const QString &language)
 {
     static const std::pair<const char *, TranslationColumns> byPrefix[] = {
-        {"de", {QStringLiteral("german"), QStringLiteral("simplified_german")}},
-        {"es", {QStringLiteral("spanish"), QStringLiteral("simplified_spanish")}},
-        {"nl", {QStringLiteral("dutch"), QStringLiteral("simplified_dutch")}},
-        {"pt", {QStringLiteral("portuguese"), QStringLiteral("simplified_portuguese")}},
-        {"it", {QStringLiteral("italian"), QStringLiteral("simplified_italian")}},
-        {"fr", {QStringLiteral("french"), QStringLiteral("simplified_french")}},
+        {"de", {SearchIndex::German, SearchIndex::SimplifiedGerman}},
+        {"es", {SearchIndex::Spanish, SearchIndex::SimplifiedSpanish}},
+        {"nl", {SearchIndex::Dutch, SearchIndex::SimplifiedDutch}},
+        {"pt", {SearchIndex::Portuguese, SearchIndex::SimplifiedPortuguese}},
+        {"it", {SearchIndex::Italian, SearchIndex::SimplifiedItalian}},
+        {"fr", {SearchIndex::French, SearchIndex::SimplifiedFrench}},
     };
     for (const auto &[prefix, columns] : byPrefix) {
         if (language.startsWith(QLatin1String(prefix)))
             return columns;
     }
     // English has no folded column of its own.
-    return {QStringLiteral("english"), QStringLiteral("english")};
+    return {SearchIndex::English, SearchIndex::English};
 }
-} // namespace
 
-SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent) {}
-
-SearchResultsTableViewController::Statement SearchResultsTableViewController::statement(
-        const QString &query, const Settings &settings, const QStringList &preferredLanguages)
+// What the search settings ask for, shared by the statement and the index.
+SearchIndex::Query queryFor(const QString &text, const Settings &settings, const QStringList &preferredLanguages)
 {
     QString language = Preferences::translationLanguage(settings);
     if (language.isEmpty())
         language = preferredLanguages.value(0);
     const TranslationColumns columns = translationColumns(language);
+    SearchIndex::Query query;
+    query.pattern = Preferences::searchFromStart(settings) ? text + QLatin1Char('%')
+                                                           : QLatin1Char('%') + text + QLatin1Char('%');
+    query.includeTranslation = Preferences::includeEnglish(settings);
+    query.translation = columns.translation;
+    query.folded = columns.folded;
+    query.includeConjugations = Preferences::includeConjugations(settings);
     // Sorting by the translation uses the folded column, English aside.
-    const QString order = Preferences::sortByLang(settings) ? QStringLiteral("simplified_italian") : columns.folded;
-    const QString pattern = Preferences::searchFromStart(settings) ? query + QLatin1Char('%')
-                                                                   : QLatin1Char('%') + query + QLatin1Char('%');
+    query.order = Preferences::sortByLang(settings) ? SearchIndex::SimplifiedItalian : columns.folded;
+    return query;
+}
 
+std::shared_ptr<const SearchIndex> buildIndex(const QString &path)
+{
+    Database db(path);
+    QString error;
+    auto index = SearchIndex::build(db, &error);
+    if (!index)
+        CrashLog::log(QStringLiteral("The search index could not be built, searching with the statement: ") + error);
+    return index;
+}
+} // namespace
+
+SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent) {}
+
+SearchResultsTableViewController::~SearchResultsTableViewController() = default;
+
+SearchResultsTableViewController::Statement SearchResultsTableViewController::statement(
+        const QString &query, const Settings &settings, const QStringList &preferredLanguages)
+{
+    const SearchIndex::Query built = queryFor(query, settings, preferredLanguages);
+    const QString order = SearchIndex::columnName(built.order);
     const QString selected = QStringLiteral("verb._id, voice_available, english, lower(italian) as italian, "
                                             "simplified_italian, german, simplified_german, french, simplified_french, "
                                             "dutch, simplified_dutch, spanish, simplified_spanish, portuguese, "
                                             "simplified_portuguese, substr(")
             + order + QStringLiteral(", 0, 1) as index_letter, favourite._id as favourite_available");
     QString condition = QStringLiteral("italian LIKE ? OR simplified_italian LIKE ?");
-    QVariantList arguments{pattern, pattern};
-    if (Preferences::includeEnglish(settings)) {
-        condition += QStringLiteral(" OR ") + columns.translation + QStringLiteral(" LIKE ? OR ") + columns.folded
-                + QStringLiteral(" LIKE ?");
-        arguments << pattern << pattern;
+    QVariantList arguments{built.pattern, built.pattern};
+    if (built.includeTranslation) {
+        condition += QStringLiteral(" OR ") + SearchIndex::columnName(built.translation) + QStringLiteral(" LIKE ? OR ")
+                + SearchIndex::columnName(built.folded) + QStringLiteral(" LIKE ?");
+        arguments << built.pattern << built.pattern;
     }
     QString join;
     QString grouping;
-    if (Preferences::includeConjugations(settings)) {
+    if (built.includeConjugations) {
         condition += QStringLiteral(" OR conjugation.verb like ?");
-        arguments << pattern;
+        arguments << built.pattern;
         join = QStringLiteral("LEFT OUTER JOIN conjugation ON verb._id = conjugation.verbid");
         grouping = QStringLiteral("GROUP BY verb._id");
     }
@@ -72,30 +98,122 @@ SearchResultsTableViewController::Statement SearchResultsTableViewController::st
     return {sql, arguments};
 }
 
+void SearchResultsTableViewController::prepareIndex()
+{
+    if (!queue() || m_indexQueue == queue().get())
+        return;
+    m_index.reset();
+    m_indexQueue = queue().get();
+    // Built on its own connection so the first frames are not held up; the
+    // statement answers until it is ready.
+    m_indexBuild = QtConcurrent::run(buildIndex, queue()->path());
+}
+
+bool SearchResultsTableViewController::waitForIndex()
+{
+    prepareIndex();
+    if (!m_index && m_indexBuild.isValid()) {
+        m_indexBuild.waitForFinished();
+        m_index = m_indexBuild.result();
+        m_indexBuild = {};
+    }
+    return m_index != nullptr;
+}
+
+const SearchIndex *SearchResultsTableViewController::readyIndex()
+{
+    if (m_indexQueue != queue().get())
+        prepareIndex();
+    if (!m_index && m_indexBuild.isValid() && m_indexBuild.isFinished()) {
+        m_index = m_indexBuild.result();
+        m_indexBuild = {};
+    }
+    return m_index.get();
+}
+
 void SearchResultsTableViewController::search(const QString &query)
 {
     if (query != m_query || query.isNull() != m_query.isNull()) {
         m_query = query;
         emit queryChanged();
     }
+    if (!queue()) {
+        // The rows stay on screen: make them before their source goes.
+        for (int row = 0; row < rowCount(); ++row)
+            verbAtRow(row);
+    }
     m_verbs.clear();
+    m_hits.clear();
+    m_hitsIndex.reset();
     if (!queue())
         return;
-    const Statement built = statement(query, settings(), PreferredLanguages::get());
+    const SearchIndex *index = m_strategy == Strategy::Index ? readyIndex() : nullptr;
     queue()->inDatabase([&](Database &db) {
-        if (auto rows = db.executeQuery(built.sql, built.arguments)) {
-            while (rows->next()) {
-                VerbPtr verb = readListVerb(*rows);
-                // Every result counts as having a voice, whatever the column says.
-                verb->voice_available = true;
-                m_verbs.append(verb);
-            }
-            rows->close();
-        } else {
-            reportDatabaseError(DatabaseErrors::PerformingSearch, db);
-        }
+        if (index)
+            searchIndex(*index, query, db);
+        else
+            searchStatement(query, db);
         reloadData(rowsFor(m_verbs));
     });
+}
+
+void SearchResultsTableViewController::searchStatement(const QString &query, Database &db)
+{
+    const Statement built = statement(query, settings(), PreferredLanguages::get());
+    if (auto rows = db.executeQuery(built.sql, built.arguments)) {
+        while (rows->next()) {
+            VerbPtr verb = readListVerb(*rows);
+            // Every result counts as having a voice, whatever the column says.
+            verb->voice_available = true;
+            m_verbs.append(verb);
+        }
+        rows->close();
+    } else {
+        reportDatabaseError(DatabaseErrors::PerformingSearch, db);
+    }
+}
+
+void SearchResultsTableViewController::searchIndex(const SearchIndex &index, const QString &query, Database &db)
+{
+    // Favourites change under the index, so their rows are read each time.
+    std::vector<SearchIndex::Favourite> favourites;
+    auto rows = db.executeQuery(QStringLiteral("SELECT _id, verbid FROM favourite WHERE verbid IS NOT NULL"));
+    if (!rows) {
+        reportDatabaseError(DatabaseErrors::PerformingSearch, db);
+        return;
+    }
+    while (rows->next())
+        favourites.push_back({rows->longLongIntForColumn(QStringLiteral("_id")),
+                              rows->longLongIntForColumn(QStringLiteral("verbid"))});
+    rows->close();
+    const auto outcome = index.search(queryFor(query, settings(), PreferredLanguages::get()), favourites, m_hits);
+    if (outcome == SearchIndex::Outcome::PatternTooLong) {
+        CrashLog::log(errorReport(DatabaseErrors::PerformingSearch, QStringLiteral("LIKE or GLOB pattern too complex"),
+                                  1));
+        return;
+    }
+    m_hitsIndex = m_index;
+    m_verbs = QList<VerbPtr>(qsizetype(m_hits.size()));
+}
+
+const VerbPtr &SearchResultsTableViewController::verbAt(qsizetype position) const
+{
+    VerbPtr &verb = m_verbs[position];
+    if (!verb && m_hitsIndex && size_t(position) < m_hits.size())
+        verb = m_hitsIndex->verb(m_hits[size_t(position)]);
+    return verb;
+}
+
+const QList<VerbPtr> &SearchResultsTableViewController::verbs() const
+{
+    for (qsizetype position = 0; position < m_verbs.size(); ++position)
+        verbAt(position);
+    return m_verbs;
+}
+
+VerbPtr SearchResultsTableViewController::createRowVerb(int row) const
+{
+    return row >= 0 && row < m_verbs.size() ? verbAt(row) : nullptr;
 }
 
 void SearchResultsTableViewController::selectRow(int row)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "SearchIndex.h"
 #include "VerbTableModel.h"
+
+#include <QFuture>
 
 #include <QVariantList>
 
@@ -28,7 +31,15 @@ public:
         QVariantList arguments;
     };
 
+    // Index: the in-memory search index, same rows as the statement but within a
+    // frame. Statement: the plain SQL statement, kept as the reference.
+    enum class Strategy { Index, Statement };
+
     explicit SearchResultsTableViewController(QObject *parent = nullptr);
+    ~SearchResultsTableViewController() override;
+
+    void setStrategy(Strategy strategy) { m_strategy = strategy; }
+    Strategy strategy() const { return m_strategy; }
 
     void setDelegate(SearchResultsTableViewControllerDelegate *delegate) { m_delegate = delegate; }
     SearchResultsTableViewControllerDelegate *delegate() const { return m_delegate; }
@@ -37,9 +48,16 @@ public:
     // typed by the user work as wildcards.
     Q_INVOKABLE void search(const QString &query);
     QString query() const { return m_query; }
-    const QList<VerbPtr> &verbs() const { return m_verbs; }
+    // The results, each made when first needed.
+    const QList<VerbPtr> &verbs() const;
 
     void selectRow(int row) override;
+
+    // Starts building the index for the current queue in the background.
+    void prepareIndex();
+    // Blocks until the index for the current queue is built; false when it
+    // could not be (searches then use the statement).
+    bool waitForIndex();
 
     static Statement statement(const QString &query, const Settings &settings, const QStringList &preferredLanguages);
 
@@ -47,9 +65,23 @@ signals:
     void queryChanged();
 
 private:
+    const SearchIndex *readyIndex();
+    VerbPtr createRowVerb(int row) const override;
+    const VerbPtr &verbAt(qsizetype position) const;
+    void searchStatement(const QString &query, Database &db);
+    void searchIndex(const SearchIndex &index, const QString &query, Database &db);
+
     SearchResultsTableViewControllerDelegate *m_delegate = nullptr;
+    Strategy m_strategy = Strategy::Index;
     QString m_query;
-    QList<VerbPtr> m_verbs;
+    mutable QList<VerbPtr> m_verbs;
+    // Where the index put the results not made yet.
+    std::vector<SearchIndex::Hit> m_hits;
+    std::shared_ptr<const SearchIndex> m_hitsIndex;
+    std::shared_ptr<const SearchIndex> m_index;
+    QFuture<std::shared_ptr<const SearchIndex>> m_indexBuild;
+    // The queue the index was built from; a new queue needs a new index.
+    const DatabaseQueue *m_indexQueue = nullptr;
 };
 
 } // namespace norvella

@@ -18,6 +18,8 @@ QVariant VerbTableModel::data(const QModelIndex &index, int role) const
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
     const Row &row = m_rows[size_t(index.row())];
+    if (!rowVerb(size_t(index.row())))
+        return {};
     const Verb &verb = *row.verb;
     switch (role) {
     case Qt::DisplayRole:
@@ -73,9 +75,17 @@ Settings &VerbTableModel::settings() const
     return m_settings ? *m_settings : Settings::standard();
 }
 
+const VerbPtr &VerbTableModel::rowVerb(size_t row) const
+{
+    VerbPtr &verb = m_rows[row].verb;
+    if (!verb)
+        verb = createRowVerb(int(row));
+    return verb;
+}
+
 VerbPtr VerbTableModel::verbAtRow(int row) const
 {
-    return row >= 0 && row < int(m_rows.size()) ? m_rows[size_t(row)].verb : nullptr;
+    return row >= 0 && row < int(m_rows.size()) ? rowVerb(size_t(row)) : nullptr;
 }
 
 int VerbTableModel::rowOfVerb(const Verb *verb) const

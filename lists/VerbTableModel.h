@@ -85,11 +85,16 @@ protected:
     void reloadRow(const Verb *verb);
 
     static std::vector<Row> rowsFor(const QList<VerbPtr> &verbs);
+    // Rows reloaded without their verb get it from here the first time it is
+    // needed: most of a long result list is never looked at.
+    virtual VerbPtr createRowVerb(int) const { return nullptr; }
     // The fields every list reads alike: id, the seven texts and the favourite flag.
     static VerbPtr readListVerb(const ResultSet &row);
 
 private:
-    std::vector<Row> m_rows;
+    const VerbPtr &rowVerb(size_t row) const;
+
+    mutable std::vector<Row> m_rows;
     std::shared_ptr<DatabaseQueue> m_queue;
     QPointer<QObject> m_queueObject;
     Settings *m_settings = nullptr;

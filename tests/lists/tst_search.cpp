@@ -36,6 +36,14 @@ private:
     }
 
 private slots:
+    // Everything below holds for the index and for the statement it stands in for.
+    void initTestCase_data()
+    {
+        QTest::addColumn<bool>("statement");
+        QTest::newRow("index") << false;
+        QTest::newRow("statement") << true;
+    }
+
     void init()
     {
         m_fixture = std::make_unique<test::ListFixture>();
@@ -45,6 +53,11 @@ private slots:
                                      m_search.get());
         m_search->setSettings(m_fixture->settings.get());
         m_search->setQueue(m_fixture->queue);
+        QFETCH_GLOBAL(bool, statement);
+        if (statement)
+            m_search->setStrategy(SearchResultsTableViewController::Strategy::Statement);
+        else
+            QVERIFY(m_search->waitForIndex());
     }
 
     void cleanup()

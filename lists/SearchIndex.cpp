@@ -1,0 +1,518 @@
+#include "SearchIndex.h"
+
+#include "Database.h"
+
+#include <sqlite3.h>
+
+#include <QHash>
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+#include <iterator>
+#include <string_view>
+
+namespace norvella {
+
+namespace {
+
+// Column names in the order of SearchIndex::Column.
+constexpr const char *const columnNames[SearchIndex::ColumnCount] = {
+        "italian", "simplified_italian", "english", "german", "simplified_german", "french", "simplified_french",
+        "spanish", "simplified_spanish", "dutch", "simplified_dutch", "portuguese", "simplified_portuguese",
+};
+
+// LIKE folds case for ASCII letters only, so folding both sides once up front
+// and then comparing exactly gives the same answers.
+void lowerAscii(char *text, qsizetype length)
+{
+    for (qsizetype i = 0; i < length; ++i) {
+        if (text[i] >= 'A' && text[i] <= 'Z')
+            text[i] = char(text[i] + ('a' - 'A'));
+    }
+}
+
+// SQLite's own UTF-8 reader: a lead byte swallows every continuation byte that
+// follows, and malformed sequences read as U+FFFD. '_' consumes exactly what
+// this consumes, so it has to be the same reader.
+const unsigned char utf8Trans1[] = {
+        0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f,
+        0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 0x1a, 0x1b, 0x1c, 0x1d, 0x1e, 0x1f,
+        0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f,
+        0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x00, 0x01, 0x02, 0x03, 0x00, 0x01, 0x00, 0x00,
+};
+
+inline quint32 readChar(const unsigned char *&z)
+{
+    quint32 c = *z++;
+    if (c < 0x80)
+        return c;
+    if (c >= 0xc0) {
+        c = utf8Trans1[c - 0xc0];
+        while ((*z & 0xc0) == 0x80)
+            c = (c << 6) + (0x3f & *z++);
+        if (c < 0x80 || (c & 0xFFFFF800) == 0xD800 || (c & 0xFFFFFFFE) == 0xFFFE)
+            c = 0xFFFD;
+    }
+    return c;
+}
+
+enum CompareResult { Match, NoMatch, NoWildcardMatch };
+
+// The same walk as SQLite's LIKE (no ESCAPE), including where it gives up
+// early, so the two never disagree on odd patterns such as "%_%_" or "a%%".
+CompareResult patternCompare(const unsigned char *pattern, const unsigned char *text)
+{
+    quint32 c;
+    while ((c = readChar(pattern)) != 0) {
+        if (c == '%') {
+            while ((c = readChar(pattern)) == '%' || c == '_') {
+                if (c == '_' && readChar(text) == 0)
+                    return NoWildcardMatch;
+            }
+            if (c == 0)
+                return Match;
+            if (c < 0x80) {
+                for (;;) {
+                    text = reinterpret_cast<const unsigned char *>(
+                            std::strchr(reinterpret_cast<const char *>(text), int(c)));
+                    if (!text)
+                        break;
+                    ++text;
+                    const CompareResult result = patternCompare(pattern, text);
+                    if (result != NoMatch)
+                        return result;
+                }
+            } else {
+                quint32 c2;
+                while ((c2 = readChar(text)) != 0) {
+                    if (c2 != c)
+                        continue;
+                    const CompareResult result = patternCompare(pattern, text);
+                    if (result != NoMatch)
+                        return result;
+                }
+            }
+            return NoWildcardMatch;
+        }
+        const quint32 c2 = readChar(text);
+        if (c == c2)
+            continue;
+        if (c == '_' && c2 != 0)
+            continue;
+        return NoMatch;
+    }
+    return *text == 0 ? Match : NoMatch;
+}
+
+// The longest run of the pattern without wildcards: every matching text
+// contains it as is, so a plain substring search finds all candidates.
+QByteArray longestLiteral(const QByteArray &pattern)
+{
+    QByteArray best;
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i <= pattern.size(); ++i) {
+        if (i == pattern.size() || pattern[i] == '%' || pattern[i] == '_') {
+            if (i - runStart > best.size())
+                best = pattern.mid(runStart, i - runStart);
+            runStart = i + 1;
+        }
+    }
+    return best;
+}
+
+QByteArray plainPrefix(const QByteArray &pattern)
+{
+    qsizetype end = 0;
+    while (end < pattern.size() && pattern[end] != '%' && pattern[end] != '_')
+        ++end;
+    return pattern.left(end);
+}
+
+QString textColumn(sqlite3_stmt *statement, int column)
+{
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
+    if (!text)
+        return {};
+    return QString::fromUtf8(text, sqlite3_column_bytes(statement, column));
+}
+
+} // namespace
+
+QString SearchIndex::columnName(Column column)
+{
+    return QString::fromLatin1(columnNames[column]);
+}
+
+bool SearchIndex::like(const char *loweredPattern, const char *loweredText)
+{
+    return patternCompare(reinterpret_cast<const unsigned char *>(loweredPattern),
+                          reinterpret_cast<const unsigned char *>(loweredText))
+            == Match;
+}
+
+void SearchIndex::Pool::append(quint32 verb, const char *text, int length, bool null)
+{
+    start.push_back(quint32(bytes.size()));
+    owner.push_back(verb);
+    isNull.push_back(null);
+    const qsizetype at = bytes.size();
+    bytes.append(text, length);
+    lowerAscii(bytes.data() + at, length);
+    bytes.append('\0');
+}
+
+void SearchIndex::Pool::closeVerb(quint32 verb)
+{
+    while (firstOfVerb.size() <= verb)
+        firstOfVerb.push_back(quint32(start.size()));
+}
+
+std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *error)
+{
+    if (!db.isOpen() && !db.open()) {
+        if (error)
+            *error = db.lastErrorMessage();
+        return nullptr;
+    }
+    sqlite3 *handle = db.handle();
+    auto fail = [&]() -> std::shared_ptr<const SearchIndex> {
+        if (error)
+            *error = QStringLiteral("%1 (%2)").arg(QString::fromUtf8(sqlite3_errmsg(handle))).arg(sqlite3_errcode(handle));
+        return nullptr;
+    };
+    auto index = std::make_shared<SearchIndex>();
+    index->m_likePatternLimit = sqlite3_limit(handle, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
+
+    // The statement scans the verb table in rowid order; its sort keeps that
+    // order among equal keys, and so does this.
+    QByteArray sql = "SELECT _id, lower(italian)";
+    for (const char *name : columnNames)
+        sql += QByteArray(", ") + name;
+    sql += " FROM verb ORDER BY _id";
+    sqlite3_stmt *statement = nullptr;
+    if (sqlite3_prepare_v2(handle, sql.constData(), -1, &statement, nullptr) != SQLITE_OK)
+        return fail();
+    std::array<std::vector<QByteArray>, ColumnCount> orderKeys;
+    std::array<std::vector<bool>, ColumnCount> orderNull;
+    QHash<qint64, quint32> positionOfId;
+    int rc;
+    while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+        const auto position = quint32(index->m_verbs.size());
+        VerbRecord record;
+        record.id = sqlite3_column_int64(statement, 0);
+        record.italian = textColumn(statement, 1);
+        record.english = textColumn(statement, 2 + English);
+        record.german = textColumn(statement, 2 + German);
+        record.french = textColumn(statement, 2 + French);
+        record.spanish = textColumn(statement, 2 + Spanish);
+        record.dutch = textColumn(statement, 2 + Dutch);
+        record.portuguese = textColumn(statement, 2 + Portuguese);
+        for (int column = 0; column < ColumnCount; ++column) {
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, 2 + column));
+            const int length = sqlite3_column_bytes(statement, 2 + column);
+            // A text is matched up to its first NUL, as LIKE reads it.
+            const int matchedLength = text ? int(qstrnlen(text, uint(length))) : 0;
+            index->m_columns[column].closeVerb(position);
+            index->m_columns[column].append(position, text ? text : "", matchedLength, !text);
+            orderKeys[column].push_back(text ? QByteArray(text, length) : QByteArray());
+            orderNull[column].push_back(!text);
+        }
+        positionOfId.insert(record.id, position);
+        index->m_verbs.push_back(std::move(record));
+    }
+    if (rc != SQLITE_DONE) {
+        sqlite3_finalize(statement);
+        return fail();
+    }
+    sqlite3_finalize(statement);
+
+    const auto verbCount = quint32(index->m_verbs.size());
+    for (Pool &pool : index->m_columns)
+        pool.closeVerb(verbCount);
+    for (int column = 0; column < ColumnCount; ++column) {
+        auto &order = index->m_orderBy[column];
+        order.resize(verbCount);
+        std::iota(order.begin(), order.end(), 0u);
+        const auto &keys = orderKeys[column];
+        const auto &nulls = orderNull[column];
+        // BINARY collation: NULL first, then bytes compared as unsigned.
+        std::stable_sort(order.begin(), order.end(), [&](quint32 a, quint32 b) {
+            if (nulls[a] != nulls[b])
+                return bool(nulls[a]);
+            const std::string_view left(keys[a].constData(), size_t(keys[a].size()));
+            const std::string_view right(keys[b].constData(), size_t(keys[b].size()));
+            return left < right;
+        });
+    }
+
+    // Forms, a verb's duplicates kept once: the statement groups by verb, so
+    // only whether some form matches counts.
+    if (sqlite3_prepare_v2(handle, "SELECT verbid, verb FROM conjugation ORDER BY verbid", -1, &statement, nullptr)
+        != SQLITE_OK)
+        return fail();
+    std::vector<std::vector<QByteArray>> formsOfVerb(verbCount);
+    while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, 1));
+        const auto found = positionOfId.constFind(sqlite3_column_int64(statement, 0));
+        if (!text || found == positionOfId.constEnd())
+            continue;
+        const int length = int(qstrnlen(text, uint(sqlite3_column_bytes(statement, 1))));
+        formsOfVerb[*found].emplace_back(text, length);
+    }
+    if (rc != SQLITE_DONE) {
+        sqlite3_finalize(statement);
+        return fail();
+    }
+    sqlite3_finalize(statement);
+    Pool &forms = index->m_forms;
+    for (quint32 position = 0; position < verbCount; ++position) {
+        auto &texts = formsOfVerb[position];
+        for (QByteArray &text : texts)
+            lowerAscii(text.data(), text.size());
+        std::sort(texts.begin(), texts.end());
+        texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+        forms.closeVerb(position);
+        for (const QByteArray &text : texts)
+            forms.append(position, text.constData(), int(text.size()), false);
+        texts = {};
+    }
+    forms.closeVerb(verbCount);
+    forms.bytes.squeeze();
+    forms.finish();
+    for (Pool &pool : index->m_columns)
+        pool.finish();
+    return index;
+}
+
+namespace {
+quint32 gramKey(const unsigned char *bytes, int length)
+{
+    quint32 key = quint32(length) << 24;
+    for (int i = 0; i < length; ++i)
+        key |= quint32(bytes[i]) << (16 - 8 * i);
+    return key;
+}
+} // namespace
+
+void SearchIndex::Pool::finish()
+{
+    const auto textCount = quint32(start.size());
+    sorted.resize(textCount);
+    std::iota(sorted.begin(), sorted.end(), 0u);
+    std::sort(sorted.begin(), sorted.end(), [this](quint32 a, quint32 b) { return std::strcmp(text(a), text(b)) < 0; });
+
+    std::vector<std::pair<quint32, quint32>> pairs;
+    std::vector<quint32> keys;
+    const auto verbCount = quint32(firstOfVerb.size() - 1);
+    for (quint32 verb = 0; verb < verbCount; ++verb) {
+        keys.clear();
+        for (quint32 number = firstOfVerb[verb]; number < firstOfVerb[verb + 1]; ++number) {
+            const auto *bytes = reinterpret_cast<const unsigned char *>(text(number));
+            const auto length = int(std::strlen(text(number)));
+            for (int i = 0; i < length; ++i) {
+                for (int n = 1; n <= 3 && i + n <= length; ++n)
+                    keys.push_back(gramKey(bytes + i, n));
+            }
+        }
+        std::sort(keys.begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        for (const quint32 key : keys)
+            pairs.emplace_back(key, verb);
+    }
+    std::sort(pairs.begin(), pairs.end());
+    gramKeys.clear();
+    gramStart.clear();
+    gramVerbs.resize(pairs.size());
+    for (size_t i = 0; i < pairs.size(); ++i) {
+        if (gramKeys.empty() || gramKeys.back() != pairs[i].first) {
+            gramKeys.push_back(pairs[i].first);
+            gramStart.push_back(quint32(i));
+        }
+        gramVerbs[i] = pairs[i].second;
+    }
+    gramStart.push_back(quint32(pairs.size()));
+}
+
+std::vector<quint32> SearchIndex::Pool::verbsContaining(const QByteArray &literal) const
+{
+    const auto *bytes = reinterpret_cast<const unsigned char *>(literal.constData());
+    const int length = int(literal.size());
+    const int n = std::min(length, 3);
+    std::vector<std::pair<const quint32 *, const quint32 *>> postings;
+    for (int i = 0; i + n <= length; ++i) {
+        const quint32 key = gramKey(bytes + i, n);
+        const auto found = std::lower_bound(gramKeys.begin(), gramKeys.end(), key);
+        if (found == gramKeys.end() || *found != key)
+            return {};
+        const auto k = size_t(found - gramKeys.begin());
+        postings.emplace_back(gramVerbs.data() + gramStart[k], gramVerbs.data() + gramStart[k + 1]);
+    }
+    std::sort(postings.begin(), postings.end(),
+              [](const auto &a, const auto &b) { return a.second - a.first < b.second - b.first; });
+    std::vector<quint32> verbs(postings.front().first, postings.front().second);
+    std::vector<quint32> narrowed;
+    for (size_t i = 1; i < postings.size() && !verbs.empty(); ++i) {
+        narrowed.clear();
+        std::set_intersection(verbs.begin(), verbs.end(), postings[i].first, postings[i].second,
+                              std::back_inserter(narrowed));
+        verbs.swap(narrowed);
+    }
+    return verbs;
+}
+
+void SearchIndex::matchPool(const Pool &pool, const Pattern &pattern, std::vector<char> &matched)
+{
+    auto test = [&](quint32 number) { return !pool.isNull[number] && like(pattern.bytes.constData(), pool.text(number)); };
+    auto testVerb = [&](quint32 verb) {
+        for (quint32 number = pool.firstOfVerb[verb]; number < pool.firstOfVerb[verb + 1]; ++number) {
+            if (test(number)) {
+                matched[verb] = 1;
+                return;
+            }
+        }
+    };
+
+    if (!pattern.prefix.isEmpty()) {
+        // A match starts with the prefix: one range of the sorted texts.
+        const char *prefix = pattern.prefix.constData();
+        const auto length = size_t(pattern.prefix.size());
+        const auto from = std::lower_bound(pool.sorted.begin(), pool.sorted.end(), prefix,
+                                           [&](quint32 number, const char *value) {
+                                               return std::strncmp(pool.text(number), value, length) < 0;
+                                           });
+        const auto to = std::upper_bound(from, pool.sorted.end(), prefix, [&](const char *value, quint32 number) {
+            return std::strncmp(value, pool.text(number), length) < 0;
+        });
+        for (auto it = from; it != to; ++it) {
+            const quint32 verb = pool.owner[*it];
+            if (!matched[verb] && (pattern.isPrefixOnly || test(*it)))
+                matched[verb] = 1;
+        }
+    } else if (!pattern.literal.isEmpty()) {
+        const std::vector<quint32> candidates = pool.verbsContaining(pattern.literal);
+        // Up to three bytes the n-gram lookup is exact.
+        const bool exact = pattern.isContainsOnly && pattern.literal.size() <= 3;
+        const auto textCount = quint32(pool.start.size());
+        for (const quint32 verb : candidates) {
+            if (matched[verb])
+                continue;
+            if (exact) {
+                matched[verb] = 1;
+                continue;
+            }
+            // The verb's texts lie side by side: look for the literal there
+            // and test only the texts that hold it.
+            const quint32 first = pool.firstOfVerb[verb];
+            const quint32 last = pool.firstOfVerb[verb + 1];
+            if (first == last)
+                continue;
+            const char *begin = pool.text(first);
+            const char *end = last < textCount ? pool.text(last) : pool.bytes.constData() + pool.bytes.size();
+            const char *from = begin;
+            while (const auto *hit = static_cast<const char *>(
+                           memmem(from, size_t(end - from), pattern.literal.constData(), size_t(pattern.literal.size())))) {
+                const auto after = std::upper_bound(pool.start.begin() + first, pool.start.begin() + last,
+                                                    quint32(hit - pool.bytes.constData()));
+                const auto number = quint32(after - pool.start.begin()) - 1;
+                if (pattern.isContainsOnly || test(number)) {
+                    matched[verb] = 1;
+                    break;
+                }
+                from = pool.text(number) + std::strlen(pool.text(number)) + 1;
+                if (from >= end)
+                    break;
+            }
+        }
+    } else {
+        // Only wildcards: nothing narrows it down.
+        for (quint32 verb = 0; verb < matched.size(); ++verb) {
+            if (!matched[verb])
+                testVerb(verb);
+        }
+    }
+}
+
+SearchIndex::Outcome SearchIndex::search(const Query &query, const std::vector<Favourite> &favourites,
+                                         std::vector<Hit> &hits) const
+{
+    QByteArray pattern = query.pattern.toUtf8();
+    // Evaluated on the first row, so an empty table never sees the limit.
+    if (pattern.size() > m_likePatternLimit && !m_verbs.empty())
+        return Outcome::PatternTooLong;
+    // LIKE stops reading the pattern at a NUL.
+    pattern.truncate(qstrnlen(pattern.constData(), uint(pattern.size())));
+    lowerAscii(pattern.data(), pattern.size());
+    Pattern compiled{pattern, plainPrefix(pattern), longestLiteral(pattern)};
+    const qsizetype wildcards = pattern.count('%') + pattern.count('_');
+    compiled.isPrefixOnly = !compiled.prefix.isEmpty() && wildcards == 1 && pattern.endsWith('%');
+    compiled.isContainsOnly = !compiled.literal.isEmpty() && wildcards == 2 && pattern.startsWith('%')
+            && pattern.endsWith('%');
+
+    std::vector<char> matched(m_verbs.size(), 0);
+    matchPool(m_columns[Italian], compiled, matched);
+    matchPool(m_columns[SimplifiedItalian], compiled, matched);
+    if (query.includeTranslation) {
+        matchPool(m_columns[query.translation], compiled, matched);
+        if (query.folded != query.translation)
+            matchPool(m_columns[query.folded], compiled, matched);
+    }
+    if (query.includeConjugations)
+        matchPool(m_forms, compiled, matched);
+
+    // The favourite join: one row per favourite row of the verb, or one row
+    // without; grouping by verb keeps a single row whose flag comes from the
+    // verb's last favourite row. Sorted by verb position, then by row id.
+    std::vector<std::pair<quint32, Favourite>> favouriteRows;
+    favouriteRows.reserve(favourites.size());
+    for (const Favourite &favourite : favourites) {
+        const auto found = std::lower_bound(m_verbs.begin(), m_verbs.end(), favourite.verbId,
+                                            [](const VerbRecord &record, qint64 id) { return record.id < id; });
+        if (found != m_verbs.end() && found->id == favourite.verbId)
+            favouriteRows.emplace_back(quint32(found - m_verbs.begin()), favourite);
+    }
+    std::sort(favouriteRows.begin(), favouriteRows.end(), [](const auto &a, const auto &b) {
+        return a.first != b.first ? a.first < b.first : a.second.id < b.second.id;
+    });
+
+    auto append = [&](quint32 position, bool isFavourite) { hits.push_back({position, isFavourite}); };
+    // Read back as a 32-bit integer, as the result column is.
+    auto flag = [](const Favourite &favourite) { return int(favourite.id) != 0; };
+    for (const quint32 position : m_orderBy[query.order]) {
+        if (!matched[position])
+            continue;
+        auto first = std::lower_bound(favouriteRows.begin(), favouriteRows.end(), position,
+                                      [](const auto &row, quint32 value) { return row.first < value; });
+        auto last = first;
+        while (last != favouriteRows.end() && last->first == position)
+            ++last;
+        if (first == last)
+            append(position, false);
+        else if (query.includeConjugations)
+            append(position, flag((last - 1)->second));
+        else
+            for (auto it = first; it != last; ++it)
+                append(position, flag(it->second));
+    }
+    return Outcome::Rows;
+}
+
+VerbPtr SearchIndex::verb(const Hit &hit) const
+{
+    const VerbRecord &record = m_verbs[hit.position];
+    auto verb = std::make_shared<Verb>();
+    verb->id = record.id;
+    verb->italian = record.italian;
+    verb->english = record.english;
+    verb->german = record.german;
+    verb->french = record.french;
+    verb->spanish = record.spanish;
+    verb->dutch = record.dutch;
+    verb->portuguese = record.portuguese;
+    // Every result counts as having a voice, whatever the column says.
+    verb->voice_available = true;
+    verb->isFavourite = hit.isFavourite;
+    return verb;
+}
+
+} // namespace norvella
