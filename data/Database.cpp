@@ -4,7 +4,7 @@
 
 namespace norvella {
 
-ResultSet::ResultSet(sqlite3_stmt *statement) : m_statement(statement)
+ResultSet::ResultSet(sqlite3_stmt *statement, Database *owner) : m_statement(statement), m_owner(owner)
 {
     const int count = sqlite3_column_count(statement);
     m_columnNames.reserve(count);
@@ -19,9 +19,22 @@ ResultSet::~ResultSet()
 
 bool ResultSet::next()
 {
-    if (!m_statement)
+    if (!m_statement || m_finished)
         return false;
-    return sqlite3_step(m_statement) == SQLITE_ROW;
+    const int rc = sqlite3_step(m_statement);
+    if (rc == SQLITE_ROW)
+        return true;
+    // Stepping again after the end would silently start the query over.
+    m_finished = true;
+    if (rc != SQLITE_DONE) {
+        // Some errors only show while stepping (a LIKE pattern over the length
+        // limit, a busy or corrupt file); without this they look like no rows.
+        m_errorCode = rc;
+        m_errorMessage = QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(m_statement)));
+        if (m_owner)
+            m_owner->setError(m_errorCode, m_errorMessage);
+    }
+    return false;
 }
 
 void ResultSet::close()
@@ -179,7 +192,7 @@ std::unique_ptr<ResultSet> Database::executeQuery(const QString &sql, const QVar
     sqlite3_stmt *statement = prepare(sql, values);
     if (!statement)
         return nullptr;
-    return std::make_unique<ResultSet>(statement);
+    return std::make_unique<ResultSet>(statement, this);
 }
 
 bool Database::executeUpdate(const QString &sql, const QVariantList &values)

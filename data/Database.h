@@ -12,17 +12,26 @@ struct sqlite3_stmt;
 
 namespace norvella {
 
+class Database;
+
 // One step-through of a query. Columns are looked up by name, the way the
 // screens read them; an unknown column reads like NULL.
 class ResultSet
 {
 public:
-    ResultSet(sqlite3_stmt *statement);
+    // The owner, when given, also records a failed step as its last error;
+    // it must outlive the result set.
+    explicit ResultSet(sqlite3_stmt *statement, Database *owner = nullptr);
     ~ResultSet();
     ResultSet(const ResultSet &) = delete;
     ResultSet &operator=(const ResultSet &) = delete;
 
+    // False at the end of the rows and when a step fails; failed() tells the
+    // two apart. Once false it stays false: the query is not run again.
     bool next();
+    bool failed() const { return m_errorCode != 0; }
+    int errorCode() const { return m_errorCode; }
+    const QString &errorMessage() const { return m_errorMessage; }
     void close();
 
     int columnIndexForName(const QString &name) const;
@@ -36,7 +45,11 @@ public:
 
 private:
     sqlite3_stmt *m_statement = nullptr;
+    Database *m_owner = nullptr;
     std::vector<QString> m_columnNames;
+    bool m_finished = false;
+    int m_errorCode = 0;
+    QString m_errorMessage;
 };
 
 class Database
@@ -53,7 +66,8 @@ public:
     void close();
 
     // Positional "?" parameters bound in order. A null pointer means the
-    // statement failed; lastErrorMessage()/lastErrorCode() say why.
+    // statement failed; lastErrorMessage()/lastErrorCode() say why. A query
+    // can also fail later, while its rows are read: see ResultSet::failed().
     std::unique_ptr<ResultSet> executeQuery(const QString &sql, const QVariantList &values = {});
     bool executeUpdate(const QString &sql, const QVariantList &values = {});
 
@@ -63,6 +77,7 @@ public:
     sqlite3 *handle() const { return m_db; }
 
 private:
+    friend class ResultSet;
     sqlite3_stmt *prepare(const QString &sql, const QVariantList &values);
     void setError(int code, const QString &message);
 
