@@ -1,7 +1,6 @@
 import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
-import Norvella.Conjugation
 
 // One segment of the mood control; the outer ends follow the frame's rounding.
 AbstractButton {
@@ -18,7 +17,7 @@ AbstractButton {
 
     background: Item {
         readonly property color fill: segment.selected ? Theme.secondary
-                                                       : (segment.down ? ConjugationPalette.pressed : Theme.background)
+                                                       : (segment.down ? Theme.pressed : Theme.background)
 
         // Rounded on the outer side only: a rounded shape with its inner half squared off.
         Rectangle {

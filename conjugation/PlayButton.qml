@@ -15,7 +15,7 @@ Button {
     padding: 0
     display: AbstractButton.IconOnly
     icon.source: speaking ? "qrc:/norvella/icons/pause.svg" : "qrc:/norvella/icons/play.svg"
-    icon.color: ConjugationPalette.ringTint
+    icon.color: Theme.progressTint
     icon.width: 16
     icon.height: 16
     background: null
@@ -26,8 +26,8 @@ Button {
         anchors.centerIn: parent
         width: 34
         height: 34
-        tintColor: ConjugationPalette.ringTint
-        trackColor: ConjugationPalette.ringTrack
+        tintColor: Theme.progressTint
+        trackColor: Theme.progressTrack
     }
 
     Rectangle {
@@ -36,6 +36,6 @@ Button {
         width: 28
         height: 28
         radius: 14
-        color: button.down ? ConjugationPalette.pressed : ConjugationPalette.card
+        color: button.down ? Theme.pressed : Theme.background
     }
 }

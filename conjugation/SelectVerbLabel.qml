@@ -1,7 +1,6 @@
 import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
-import Norvella.Conjugation
 
 // What the screen shows before a verb is chosen.
 Label {
@@ -10,9 +9,9 @@ Label {
     horizontalAlignment: Text.AlignHCenter
     color: Theme.secondaryText
     background: Rectangle {
-        color: ConjugationPalette.selectVerbBackground
+        color: Theme.placeholderBackground
         radius: 5
-        border.color: ConjugationPalette.selectVerbBorder
+        border.color: Theme.placeholderBorder
         border.width: 1
     }
 }

@@ -23,7 +23,7 @@ Control {
             visible: section.isVerbRow
             width: column.width
             height: verbLabel.implicitHeight
-            color: ConjugationPalette.card
+            color: Theme.background
 
             Label {
                 id: verbLabel
@@ -65,7 +65,7 @@ Control {
             visible: !section.isVerbRow && section.forms.length > 0
             width: column.width
             height: rows.implicitHeight
-            color: ConjugationPalette.card
+            color: Theme.background
 
             Column {
                 id: rows

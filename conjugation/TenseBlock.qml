@@ -13,7 +13,7 @@ Control {
     padding: 0
     background: Rectangle {
         radius: 12
-        color: ConjugationPalette.card
+        color: Theme.background
         border.color: Theme.separator
         border.width: 1
     }

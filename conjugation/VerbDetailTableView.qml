@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import Norvella.Conjugation
+import Norvella.Resources
 
 // The conjugation screen: one verb's forms, a mood at a time, as a table of
 // titled sections on narrow screens and as a grid of tense blocks on wide ones.
@@ -28,7 +29,7 @@ Page {
         controller.selectVerbTypes(index)
     }
 
-    background: Rectangle { color: ConjugationPalette.groupedBackground }
+    background: Rectangle { color: Theme.groupedBackground }
 
     VerbDetailTableViewController {
         id: controller
