@@ -2,6 +2,7 @@
 #include "AppDelegate.h"
 #include "ConjugationServices.h"
 #include "CrashLog.h"
+#include "Database.h"
 #include "HomeViewController.h"
 #include "Screenshot.h"
 #include "Settings.h"
@@ -11,6 +12,7 @@
 #include "VerbRef.h"
 
 #include <QCommandLineParser>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -96,10 +98,30 @@ bool openVerb(QQuickWindow *window, AppDelegate &delegate, const QString &italia
     QMetaObject::invokeMethod(detail, "selectMood", Q_ARG(int, moodIndex));
     return true;
 }
+
+// --browse: `count` infinitives spread evenly over the alphabetical list, so
+// short and long, plain and reflexive verbs all take their turn.
+QStringList browseSelection(DatabaseQueue &queue, int count)
+{
+    QStringList all;
+    queue.inDatabase([&](Database &db) {
+        if (auto rows = db.executeQuery(QStringLiteral("SELECT italian FROM verb ORDER BY simplified_italian, _id"))) {
+            while (rows->next())
+                all << rows->stringForColumn(QStringLiteral("italian"));
+            rows->close();
+        }
+    });
+    QStringList chosen;
+    for (int i = 0; i < count && !all.isEmpty(); ++i)
+        chosen << all.at(qsizetype(i) * all.size() / count % all.size());
+    return chosen;
+}
 } // namespace
 
 int main(int argc, char **argv)
 {
+    QElapsedTimer sinceStart;
+    sinceStart.start();
     // Offscreen rendering has to be chosen before the application object exists.
     if (wantsScreenshot(argc, argv)) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -136,10 +158,29 @@ int main(int argc, char **argv)
     const QCommandLineOption moodOption(QStringLiteral("mood"),
                                         QStringLiteral("With --open: show this mood (ind, sub, con or other)."),
                                         QStringLiteral("mood"));
-    parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption});
+    // Timing runs for the benchmark program.
+    const QCommandLineOption firstFrameOption(
+            QStringLiteral("first-frame"),
+            QStringLiteral("Print \"first-frame <ms>\" (milliseconds since start) when the window's first frame "
+                           "is drawn, then exit."));
+    const QCommandLineOption browseOption(
+            QStringLiteral("browse"),
+            QStringLiteral("Open this many verbs one after another the way --open does, let each draw, print "
+                           "\"peak-rss <kB> kB\" (VmHWM) and exit."),
+            QStringLiteral("count"));
+    parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption,
+                       firstFrameOption, browseOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
+    const bool firstFrame = parser.isSet(firstFrameOption);
+    const bool browse = parser.isSet(browseOption);
+    bool browseCountValid = false;
+    const int browseCount = parser.value(browseOption).toInt(&browseCountValid);
+    if (browse && (!browseCountValid || browseCount < 1)) {
+        std::fprintf(stderr, "norvella: --browse wants a number of verbs, e.g. 100\n");
+        return 2;
+    }
     const QString shortcut = normalisedShortcutType(parser.value(shortcutOption));
     const QSize size = parseSize(parser.value(sizeOption));
     if (!size.isValid()) {
@@ -148,7 +189,9 @@ int main(int argc, char **argv)
     }
 
     // A quick action for an instance that is already open goes to it.
-    if (!screenshot && !shortcut.isEmpty() && ShortcutChannel::forward(ShortcutChannel::defaultServerName(), shortcut))
+    const bool timingRun = firstFrame || browse;
+    if (!screenshot && !timingRun && !shortcut.isEmpty()
+        && ShortcutChannel::forward(ShortcutChannel::defaultServerName(), shortcut))
         return 0;
 
     QQuickStyle::setStyle(QStringLiteral("Basic"));
@@ -189,6 +232,22 @@ int main(int argc, char **argv)
             return 2;
         auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);
         shot->start();
+        return app.exec();
+    }
+    if (firstFrame) {
+        new FirstFrameReport(window, sinceStart, &app);
+        return app.exec();
+    }
+    if (browse) {
+        const QStringList verbs = delegate.queue() ? browseSelection(*delegate.queue(), browseCount) : QStringList();
+        if (verbs.isEmpty()) {
+            std::fprintf(stderr, "norvella: there are no verbs to browse\n");
+            return 2;
+        }
+        auto *run = new BrowseRun(window, verbs, [&](const QString &italian) {
+            return openVerb(window, delegate, italian, {});
+        }, &app);
+        run->start();
         return app.exec();
     }
 
