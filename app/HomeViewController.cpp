@@ -117,6 +117,9 @@ void HomeViewController::selectTabAt(int index)
 
 void HomeViewController::showTab(int tag)
 {
+    // With history switched off there is no history tab to show.
+    if (tag == HistoryTab && !m_historyTabVisible)
+        tag = ListTab;
     InterstitialTableViewController *child = childForTab(tag);
     if (!child)
         return;

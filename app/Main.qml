@@ -71,7 +71,9 @@ ApplicationWindow {
         visible: window.regularWidth
         width: window.width - x
         height: parent.height
-        verb: window.selectedVerb
+        // Hidden on narrow screens, where the pushed page shows the verb: it
+        // must not load it too, or every view would count twice.
+        verb: window.regularWidth ? window.selectedVerb : null
         queue: window.appDelegate ? window.appDelegate.queue : null
         onExportRequested: verb => share.exportVerb(verb)
     }

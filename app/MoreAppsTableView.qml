@@ -15,8 +15,6 @@ Page {
         onCloseRequested: page.closed()
     }
 
-    Component.onCompleted: appsController.viewDidAppear()
-
     header: NavigationBar {
         title: L10n.text("moreapps")
         ToolButton {

@@ -10,7 +10,10 @@ namespace norvella {
 
 MoreAppsTableViewController::MoreAppsTableViewController(QObject *parent)
     : QAbstractListModel(parent),
-      m_opener([](const QUrl &url) { QDesktopServices::openUrl(url); }),
+      m_opener([this](const QUrl &url) {
+          if (!QDesktopServices::openUrl(url))
+              emit openFailed(url);
+      }),
       m_countryCode(QLocale::territoryToCode(QLocale::system().territory()))
 {
     // The catalogue comes with the app; the screen that opens the list may replace it.

@@ -11,6 +11,7 @@ Rectangle {
     color: Theme.background
 
     ListView {
+        id: results
         anchors.fill: parent
         clip: true
         model: view.controller
@@ -18,5 +19,11 @@ Rectangle {
         Accessible.name: L10n.text("search.results")
 
         delegate: VerbCell {}
+    }
+
+    EmptyState {
+        anchors.fill: parent
+        visible: view.controller !== null && results.count === 0 && view.controller.query.length > 0
+        text: L10n.text("search.no_results")
     }
 }

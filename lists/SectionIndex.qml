@@ -12,6 +12,8 @@ Control {
     signal titleActivated(string title)
 
     implicitWidth: 28
+    // Row separators run under the strip; a plain backing keeps the letters clean.
+    background: Rectangle { color: Theme.background; opacity: 0.92 }
     Accessible.role: Accessible.ScrollBar
     Accessible.name: L10n.text("list.index")
 

@@ -38,7 +38,7 @@ Control {
         visible: view.controller !== null && view.controller.keys.length > 0
         titles: view.controller ? view.controller.keys : []
         font.bold: true
-        font.pointSize: view.font.pointSize * 0.72
+        font.pointSize: view.font.pointSize * 0.9
         onTitleActivated: title => {
             const row = view.controller.firstRowForSectionIndexTitle(title)
             if (row >= 0)

@@ -63,14 +63,21 @@ Control {
         id: cell
         width: root.width
         implicitHeight: Math.max(Theme.minimumTouchTarget + 8, content.implicitHeight + 16)
-        enabled: root.cellType === "detail"
-        focusPolicy: enabled ? Qt.StrongFocus : Qt.NoFocus
+        // Disabling the cell would disable the switch and segments inside it,
+        // so it stays enabled and only answers taps where a row has a meaning.
+        readonly property bool tappable: root.cellType === "detail" || root.cellType === "switch"
+        focusPolicy: root.cellType === "detail" ? Qt.StrongFocus : Qt.NoFocus
         Accessible.name: root.detail.length > 0 ? root.label + ", " + root.detail : root.label
         Accessible.role: root.cellType === "detail" ? Accessible.Button : Accessible.StaticText
-        onClicked: root.tapped(root.section, root.rowInSection)
+        onClicked: {
+            if (root.cellType === "detail")
+                root.tapped(root.section, root.rowInSection);
+            else if (root.cellType === "switch")
+                root.toggled(root.section, root.rowInSection, !root.checked);
+        }
 
         background: Rectangle {
-            color: cell.down ? Qt.darker(Theme.background, 1.08) : Theme.background
+            color: cell.down && cell.tappable ? Qt.darker(Theme.background, 1.08) : Theme.background
             Rectangle {
                 visible: !root.lastInSection
                 anchors.bottom: parent.bottom

@@ -58,26 +58,21 @@ private slots:
 
     void cleanup() { PreferredLanguages::clearOverride(); }
 
-    void setUpShowsTheListTabAndCreatesOnlyThatList()
+    // Only the list exists at first; the other tabs come on first use, with the same queue.
+    void tabsAreCreatedOnFirstUseWithTheSameQueue()
     {
         auto home = makeHome();
         QCOMPARE(home->selectedTab(), int(HomeViewController::ListTab));
         QCOMPARE(tagsOf(*home), (QList<int>{0, 1, 2}));
         QCOMPARE(home->tabs().at(1).toMap().value("title").toString(), Strings::text("tabs.favourites"));
-        QVERIFY(home->verbListTableViewController());
-        QVERIFY(!home->favouritesTableViewController());
-        QVERIFY(!home->historyTableViewController());
+        QVERIFY(!home->favouritesTableViewController() && !home->historyTableViewController());
         QCOMPARE(home->verbListTableViewController()->queue(), m_queue);
         QCOMPARE(home->verbListTableViewController()->rowCount(), 5);
         QVERIFY(home->verbListTableViewController()->isVisible());
         QCOMPARE(Analytics::shared().lastEvent(), QStringLiteral("verb_list"));
         QCOMPARE(home->searchResultsController()->queue(), m_queue);
         QCOMPARE(home->searchResultsController()->delegate(), home.get());
-    }
 
-    void tabsAreCreatedOnFirstUseWithTheSameQueue()
-    {
-        auto home = makeHome();
         QSignalSpy children(home.get(), &HomeViewController::childrenChanged);
         home->showTab(HomeViewController::FavouritesTab);
         FavouritesTableViewController *favourites = home->favouritesTableViewController();
@@ -100,20 +95,6 @@ private slots:
         QCOMPARE(home->selectedTab(), int(HomeViewController::FavouritesTab));
     }
 
-    void tabOpenEventSelectsTheNamedTab()
-    {
-        auto home = makeHome();
-        openTab("History");
-        QCOMPARE(home->selectedTab(), int(HomeViewController::HistoryTab));
-        openTab("Favourites");
-        QCOMPARE(home->selectedTab(), int(HomeViewController::FavouritesTab));
-        openTab("List");
-        QCOMPARE(home->selectedTab(), int(HomeViewController::ListTab));
-        openTab("Favourites");
-        openTab("history");
-        QCOMPARE(home->selectedTab(), int(HomeViewController::ListTab));
-    }
-
     void historyRuleHidesTheTabOnlyForAnExplicitFalse()
     {
         auto home = makeHome();
@@ -133,21 +114,22 @@ private slots:
         NotificationCenter::defaultCenter().post(Notifications::HistoryFeatureToggled, QVariant(true), {});
         QCOMPARE(tagsOf(*home), (QList<int>{0, 1, 2}));
         QCOMPARE(home->selectedTab(), int(HomeViewController::ListTab));
-
-        m_settings->setBool(SettingsKeys::UseHistory, false);
-        auto fresh = makeHome();
-        QCOMPARE(tagsOf(*fresh), (QList<int>{0, 1}));
     }
 
-    void searchResultOpensTheDetail()
+    void rowsOpenTheDetailWithTheSharedVerb()
     {
         auto home = makeHome();
         QSignalSpy details(home.get(), &HomeViewController::showDetail);
         QSignalSpy resign(home.get(), &HomeViewController::searchFieldShouldResign);
+        VerbListTableViewController *list = home->verbListTableViewController();
+        list->selectRow(1);
+        QCOMPARE(details.count(), 1);
+        QCOMPARE(VerbRef::from(home->detailVerb()), list->verbAtRow(1));
+
         home->updateSearchResults("ess");
         QCOMPARE(home->searchResultsController()->rowCount(), 1);
         home->searchResultsController()->selectRow(0);
-        QCOMPARE(details.count(), 1);
+        QCOMPARE(details.count(), 2);
         QCOMPARE(VerbRef::from(home->detailVerb())->italian, QStringLiteral("essere"));
         QCOMPARE(home->selectedSearchResult(), home->searchResultsController()->verbs().first());
         // A phone keeps the search field active; a tablet puts the keyboard away.
@@ -155,16 +137,6 @@ private slots:
         home->setPadIdiom(true);
         home->searchResultsController()->selectRow(0);
         QCOMPARE(resign.count(), 1);
-    }
-
-    void listRowOpensTheDetailWithTheSharedVerb()
-    {
-        auto home = makeHome();
-        QSignalSpy details(home.get(), &HomeViewController::showDetail);
-        VerbListTableViewController *list = home->verbListTableViewController();
-        list->selectRow(1);
-        QCOMPARE(details.count(), 1);
-        QCOMPARE(VerbRef::from(home->detailVerb()), list->verbAtRow(1));
     }
 
     void closingSettingsRefreshesOnlyAfterChanges()
@@ -204,27 +176,32 @@ private slots:
         QCOMPARE(CrashLog::customValue("Locale"), QVariant(QStringLiteral("it-IT")));
     }
 
-    void tabBarPositionsFollowTheVisibleTabs()
+    void tabsByEventByPositionAndByName()
     {
-        m_settings->setBool(SettingsKeys::UseHistory, false);
         auto home = makeHome();
-        home->selectTabAt(1);
-        QCOMPARE(home->selectedTab(), int(HomeViewController::FavouritesTab));
-        QCOMPARE(home->selectedTabIndex(), 1);
-        home->selectTabAt(2);
-        QCOMPARE(home->selectedTab(), int(HomeViewController::FavouritesTab));
-        // A quick action still opens the hidden history, which then has no tab bar item.
         openTab("History");
         QCOMPARE(home->selectedTab(), int(HomeViewController::HistoryTab));
-        QCOMPARE(home->selectedTabIndex(), -1);
-    }
+        openTab("Favourites");
+        QCOMPARE(home->selectedTab(), int(HomeViewController::FavouritesTab));
+        openTab("history"); // any other name is the list
+        QCOMPARE(home->selectedTab(), int(HomeViewController::ListTab));
 
-    void tabNamesForTheCommandLine()
-    {
-        QCOMPARE(HomeViewController::tabForName("list"), 0);
-        QCOMPARE(HomeViewController::tabForName("favourites"), 1);
-        QCOMPARE(HomeViewController::tabForName("history"), 2);
-        QCOMPARE(HomeViewController::tabForName("History"), -1);
+        m_settings->setBool(SettingsKeys::UseHistory, false);
+        auto noHistory = makeHome();
+        noHistory->selectTabAt(1);
+        QCOMPARE(noHistory->selectedTab(), int(HomeViewController::FavouritesTab));
+        QCOMPARE(noHistory->selectedTabIndex(), 1);
+        noHistory->selectTabAt(2);
+        QCOMPARE(noHistory->selectedTab(), int(HomeViewController::FavouritesTab));
+        // With history off there is no history tab: its quick action shows the list.
+        openTab("History");
+        QCOMPARE(noHistory->selectedTab(), int(HomeViewController::ListTab));
+        QCOMPARE(noHistory->selectedTabIndex(), 0);
+
+        const QStringList names{"list", "favourites", "history", "History"};
+        const QList<int> tabs{0, 1, 2, -1};
+        for (int i = 0; i < names.size(); ++i)
+            QCOMPARE(HomeViewController::tabForName(names[i]), tabs[i]);
     }
 };
 
