@@ -7,6 +7,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <numeric>
 #include <iterator>
@@ -168,8 +169,9 @@ void SearchIndex::Pool::closeVerb(quint32 verb)
         firstOfVerb.push_back(quint32(start.size()));
 }
 
-std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *error)
+std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *error, const std::atomic_bool *cancel)
 {
+    auto cancelled = [cancel] { return cancel && cancel->load(std::memory_order_relaxed); };
     if (!db.isOpen() && !db.open()) {
         if (error)
             *error = db.lastErrorMessage();
@@ -251,38 +253,47 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     if (sqlite3_prepare_v2(handle, "SELECT verbid, verb FROM conjugation ORDER BY verbid", -1, &statement, nullptr)
         != SQLITE_OK)
         return fail();
-    std::vector<std::vector<QByteArray>> formsOfVerb(verbCount);
+    // Rows come clustered by verb and verb positions follow ids, so each
+    // verb's forms are folded and de-duplicated as soon as the next begins.
+    Pool &forms = index->m_forms;
+    std::vector<QByteArray> texts;
+    quint32 current = 0;
+    auto flush = [&]() {
+        std::sort(texts.begin(), texts.end());
+        texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+        forms.closeVerb(current);
+        for (const QByteArray &text : texts)
+            forms.append(current, text.constData(), int(text.size()), false);
+        texts.clear();
+    };
+    qint64 rows = 0;
     while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+        if ((++rows & 0xFFF) == 0 && cancelled())
+            break;
         const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, 1));
         const auto found = positionOfId.constFind(sqlite3_column_int64(statement, 0));
         if (!text || found == positionOfId.constEnd())
             continue;
-        const int length = int(qstrnlen(text, uint(sqlite3_column_bytes(statement, 1))));
-        formsOfVerb[*found].emplace_back(text, length);
-    }
-    if (rc != SQLITE_DONE) {
-        sqlite3_finalize(statement);
-        return fail();
+        if (*found != current) {
+            flush();
+            current = *found;
+        }
+        QByteArray folded(text, qsizetype(qstrnlen(text, uint(sqlite3_column_bytes(statement, 1)))));
+        lowerAscii(folded.data(), folded.size());
+        texts.push_back(std::move(folded));
     }
     sqlite3_finalize(statement);
-    Pool &forms = index->m_forms;
-    for (quint32 position = 0; position < verbCount; ++position) {
-        auto &texts = formsOfVerb[position];
-        for (QByteArray &text : texts)
-            lowerAscii(text.data(), text.size());
-        std::sort(texts.begin(), texts.end());
-        texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
-        forms.closeVerb(position);
-        for (const QByteArray &text : texts)
-            forms.append(position, text.constData(), int(text.size()), false);
-        texts = {};
-    }
+    if (cancelled())
+        return nullptr;
+    if (rc != SQLITE_DONE)
+        return fail();
+    flush();
     forms.closeVerb(verbCount);
     forms.bytes.squeeze();
     forms.finish();
     for (Pool &pool : index->m_columns)
         pool.finish();
-    return index;
+    return cancelled() ? nullptr : index;
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <QList>
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -67,8 +68,10 @@ public:
     static QString columnName(Column column);
 
     // Reads every verb and form through the connection; null, with the
-    // reason in `error`, when a read fails.
-    static std::shared_ptr<const SearchIndex> build(Database &db, QString *error = nullptr);
+    // reason in `error`, when a read fails, and null when `cancel` is set
+    // while it runs.
+    static std::shared_ptr<const SearchIndex> build(Database &db, QString *error = nullptr,
+                                                    const std::atomic_bool *cancel = nullptr);
 
     // One row of the statement's result: which verb, and its favourite flag.
     struct Hit

@@ -52,12 +52,12 @@ SearchIndex::Query queryFor(const QString &text, const Settings &settings, const
     return query;
 }
 
-std::shared_ptr<const SearchIndex> buildIndex(const QString &path)
+std::shared_ptr<const SearchIndex> buildIndex(const QString &path, const std::shared_ptr<std::atomic_bool> &cancel)
 {
     Database db(path);
     QString error;
-    auto index = SearchIndex::build(db, &error);
-    if (!index)
+    auto index = SearchIndex::build(db, &error, cancel.get());
+    if (!index && !*cancel)
         CrashLog::log(QStringLiteral("The search index could not be built, searching with the statement: ") + error);
     return index;
 }
@@ -65,7 +65,12 @@ std::shared_ptr<const SearchIndex> buildIndex(const QString &path)
 
 SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent) {}
 
-SearchResultsTableViewController::~SearchResultsTableViewController() = default;
+SearchResultsTableViewController::~SearchResultsTableViewController()
+{
+    // Quitting must not wait for a build nobody will use.
+    if (m_cancelBuild)
+        *m_cancelBuild = true;
+}
 
 SearchResultsTableViewController::Statement SearchResultsTableViewController::statement(
         const QString &query, const Settings &settings, const QStringList &preferredLanguages)
@@ -104,9 +109,12 @@ void SearchResultsTableViewController::prepareIndex()
         return;
     m_index.reset();
     m_indexQueue = queue().get();
+    if (m_cancelBuild)
+        *m_cancelBuild = true;
+    m_cancelBuild = std::make_shared<std::atomic_bool>(false);
     // Built on its own connection so the first frames are not held up; the
     // statement answers until it is ready.
-    m_indexBuild = QtConcurrent::run(buildIndex, queue()->path());
+    m_indexBuild = QtConcurrent::run(buildIndex, queue()->path(), m_cancelBuild);
 }
 
 bool SearchResultsTableViewController::waitForIndex()

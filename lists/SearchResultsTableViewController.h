@@ -80,6 +80,7 @@ private:
     std::shared_ptr<const SearchIndex> m_hitsIndex;
     std::shared_ptr<const SearchIndex> m_index;
     QFuture<std::shared_ptr<const SearchIndex>> m_indexBuild;
+    std::shared_ptr<std::atomic_bool> m_cancelBuild;
     // The queue the index was built from; a new queue needs a new index.
     const DatabaseQueue *m_indexQueue = nullptr;
 };
