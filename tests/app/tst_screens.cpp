@@ -1,18 +1,19 @@
+// The whole window, loaded as the app loads it, at phone and tablet sizes and
+// driven through tabs, search, a verb, a swipe and a resize: any QML warning fails.
+// NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
 #include "AppDelegate.h"
 #include "CrashLog.h"
 #include "HomeViewController.h"
+#include "QmlLoadHarness.h"
 #include "Settings.h"
 #include "TestSupport.h"
+#include "VerbRef.h"
 
-#include <QQmlApplicationEngine>
 #include <QQuickItem>
-#include <QQuickStyle>
-#include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include "VerbRef.h"
-#include <QtTest>
+#include <functional>
 
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
@@ -24,46 +25,32 @@ Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
 using namespace norvella;
 
 namespace {
-QStringList &warnings()
+QQuickItem *findItem(const QList<QQuickItem *> &items, const std::function<bool(QQuickItem *)> &match)
 {
-    static QStringList list;
-    return list;
+    const auto it = std::find_if(items.begin(), items.end(), match);
+    return it == items.end() ? nullptr : *it;
 }
 
-QtMessageHandler previousHandler = nullptr;
-
-void collectWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
+bool isRow(QQuickItem *item, const QString &italian)
 {
-    if (type == QtWarningMsg || type == QtCriticalMsg || type == QtFatalMsg)
-        warnings() << message;
-    if (previousHandler)
-        previousHandler(type, context, message);
+    return item->inherits("QQuickSwipeDelegate") && item->property("italian").toString() == italian;
 }
 } // namespace
 
-// The whole window, loaded as the app loads it, at phone and tablet sizes and
-// driven through tabs, search, a verb, a swipe and a resize: any QML warning fails.
 class ScreensTest : public QObject
 {
     Q_OBJECT
 
 private:
+    test::QmlScreen *m_qml = nullptr;
     QQuickWindow *m_window = nullptr;
 
-    // A synchronous frame: polishes the items and creates the visible delegates.
-    // With NORVELLA_SCREENS_DIR set, the named steps are kept as pictures to look at.
+    // A synchronous frame; a named step is kept as a picture.
     void render(const char *step = nullptr)
     {
-        const QImage frame = m_window->grabWindow();
-        QVERIFY(!frame.isNull());
-        const QString folder = qEnvironmentVariable("NORVELLA_SCREENS_DIR");
-        if (step && !folder.isEmpty())
-            frame.save(QStringLiteral("%1/%2-%3x%4.png").arg(folder, QLatin1String(step)).arg(m_window->width()).arg(m_window->height()));
-    }
-
-    QQuickItem *findItem(const QString &objectName)
-    {
-        return m_window->findChild<QQuickItem *>(objectName);
+        const QSize size = m_window->size();
+        const QString name = step ? QStringLiteral("%1-%2x%3").arg(step).arg(size.width()).arg(size.height()) : QString();
+        QVERIFY(!test::grab(m_window, name).isNull());
     }
 
     bool detailShows(const QString &italian)
@@ -82,48 +69,18 @@ private:
     // Page transitions block input until they end.
     void waitForPages()
     {
-        QQuickItem *stack = findItem("stack");
+        auto *stack = m_window->findChild<QQuickItem *>("stack");
         QVERIFY(stack);
         QTRY_VERIFY(!stack->property("busy").toBool());
         render();
     }
 
-    // Delegates belong to the visual tree, not to the object tree.
-    static QObject *swipeOfRow(QQuickItem *item, const QString &italian)
-    {
-        if (item->inherits("QQuickSwipeDelegate") && item->property("italian").toString() == italian)
-            return item->property("swipe").value<QObject *>();
-        for (QQuickItem *child : item->childItems()) {
-            if (QObject *swipe = swipeOfRow(child, italian))
-                return swipe;
-        }
-        return nullptr;
-    }
-
     // Whether a visible row of this model shows the verb.
-    static bool showsRow(QQuickItem *item, const QObject *model, const QString &italian)
+    bool showsRow(const QObject *model, const QString &italian)
     {
-        if (!item->isVisible())
-            return false;
-        if (item->inherits("QQuickSwipeDelegate") && item->property("table").value<QObject *>() == model
-            && item->property("italian").toString() == italian)
-            return true;
-        for (QQuickItem *child : item->childItems()) {
-            if (showsRow(child, model, italian))
-                return true;
-        }
-        return false;
-    }
-
-    static QQuickItem *listViewOf(QQuickItem *item, const QObject *model)
-    {
-        if (item->inherits("QQuickListView") && item->property("model").value<QObject *>() == model)
-            return item;
-        for (QQuickItem *child : item->childItems()) {
-            if (QQuickItem *found = listViewOf(child, model))
-                return found;
-        }
-        return nullptr;
+        return findItem(m_qml->items(), [&](QQuickItem *item) {
+            return isRow(item, italian) && item->property("table").value<QObject *>() == model;
+        });
     }
 
     void swipeRow(const QPointF &from)
@@ -135,12 +92,7 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QQuickStyle::setStyle(QStringLiteral("Basic"));
-        previousHandler = qInstallMessageHandler(collectWarnings);
-    }
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
 
     void homeScreenLoadsWithoutWarnings_data()
     {
@@ -152,7 +104,6 @@ private slots:
     void homeScreenLoadsWithoutWarnings()
     {
         QFETCH(QSize, size);
-        warnings().clear();
         QTemporaryDir dir;
         LaunchEnvironment environment;
         environment.documentsDirectory = dir.filePath("docs");
@@ -161,34 +112,28 @@ private slots:
         QVERIFY(QDir().mkpath(environment.documentsDirectory));
         // Enough verbs under "Z" for the list to scroll.
         QString moreVerbs;
-        for (int i = 0; i < 40; ++i)
+        for (int i = 100; i < 140; ++i)
             moreVerbs += QStringLiteral("INSERT INTO verb(_id, italian, simplified_italian, english) VALUES "
-                                        "(%1, 'zappare%1', 'zappare%1', 'to hoe');")
-                                 .arg(100 + i);
+                                        "(%1, 'zappare%1', 'zappare%1', 'to hoe');").arg(i);
         QVERIFY(test::createFixtureDatabase(environment.masterPath, moreVerbs));
         CrashLog::setLogFilePath(dir.filePath("norvella.log"));
         Settings::standard().clear();
 
         {
-            QQmlApplicationEngine engine;
-            engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
             AppDelegate delegate(environment, Settings::standard());
+            test::QmlScreen qml; // goes before the delegate the window shows
             delegate.setWindowFactory([&](AppDelegate &d) {
-                engine.setInitialProperties({{"appDelegate", QVariant::fromValue(&d)},
-                                             {"width", size.width()},
-                                             {"height", size.height()}});
-                engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")));
+                QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
+                                 {{"appDelegate", QVariant::fromValue(&d)}}));
             });
             delegate.didFinishLaunching();
-            QCOMPARE(engine.rootObjects().size(), 1);
-            m_window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+            m_qml = &qml;
+            m_window = qml.window.get();
             QVERIFY(m_window);
-            QVERIFY(QTest::qWaitForWindowExposed(m_window));
             render();
 
-            auto *home = m_window->findChild<HomeViewController *>("homeViewController");
-            QVERIFY(home);
-            QVERIFY(home->verbListTableViewController());
+            auto *home = qml.find<HomeViewController>("homeViewController");
+            QVERIFY(home && home->verbListTableViewController());
             QCOMPARE(home->verbListTableViewController()->rowCount(), 45);
             QCOMPARE(delegate.collapsed(), size.width() < 700);
 
@@ -202,12 +147,15 @@ private slots:
             waitForPages();
 
             // Pressing the bottom of the letter index jumps to the last section.
-            const int indexX = (size.width() < 700 ? size.width() : 410) - 10;
-            QQuickItem *listView = listViewOf(m_window->contentItem(), list);
+            const int columnWidth = size.width() < 700 ? size.width() : 410;
+            QQuickItem *listView = findItem(qml.items(false), [&](QQuickItem *item) {
+                return item->inherits("QQuickListView") && item->property("model").value<QObject *>() == list;
+            });
             QVERIFY(listView);
             QCOMPARE(listView->property("contentY").toReal(), 0.0);
-            QTest::mousePress(m_window, Qt::LeftButton, {}, QPoint(indexX, size.height() - 90));
-            QTest::mouseRelease(m_window, Qt::LeftButton, {}, QPoint(indexX, size.height() - 90));
+            const QPoint indexBottom(columnWidth - 10, size.height() - 90);
+            QTest::mousePress(m_window, Qt::LeftButton, {}, indexBottom);
+            QTest::mouseRelease(m_window, Qt::LeftButton, {}, indexBottom);
             render("index-jump");
             const qreal top = listView->property("contentY").toReal();
             QVERIFY(top > 0);
@@ -219,31 +167,31 @@ private slots:
             render();
 
             // Mark a favourite by swiping its row and tapping the action, then visit every tab.
-            const int columnWidth = size.width() < 700 ? size.width() : 410;
             swipeRow(QPointF(300, 190));
-            QObject *swipe = swipeOfRow(m_window->contentItem(), list->verbAtRow(1)->italian);
-            QVERIFY(swipe);
-            QTRY_VERIFY(swipe->property("complete").toBool());
+            const QString second = list->verbAtRow(1)->italian;
+            QQuickItem *row = findItem(qml.items(false), [&](QQuickItem *item) { return isRow(item, second); });
+            QVERIFY(row);
+            QTRY_VERIFY(row->property("swipe").value<QObject *>()->property("complete").toBool());
             render("swiped");
             QTest::mouseClick(m_window, Qt::LeftButton, {}, QPoint(columnWidth - 60, 209));
             render("favourite-marked");
             QVERIFY(list->verbAtRow(1)->isFavourite);
             home->showTab(HomeViewController::FavouritesTab);
             render("favourites");
-            QVERIFY(showsRow(m_window->contentItem(), home->favouritesTableViewController(), "andare"));
+            QVERIFY(showsRow(home->favouritesTableViewController(), "andare"));
             home->showTab(HomeViewController::HistoryTab);
             render();
             home->showTab(HomeViewController::ListTab);
             render();
 
-            QQuickItem *field = findItem("searchField");
+            auto *field = qml.find<QQuickItem>("searchField");
             QVERIFY(field);
             field->forceActiveFocus();
             field->setProperty("text", QStringLiteral("and"));
             render();
             QCOMPARE(home->searchResultsController()->query(), QStringLiteral("and"));
             QCOMPARE(home->searchResultsController()->rowCount(), 1);
-            QVERIFY(showsRow(m_window->contentItem(), home->searchResultsController(), "andare"));
+            QVERIFY(showsRow(home->searchResultsController(), "andare"));
             home->searchResultsController()->selectRow(0);
             waitForPages();
             render("search-result-chosen");
@@ -262,8 +210,9 @@ private slots:
             field->setProperty("text", QString());
             render();
             m_window = nullptr;
+            m_qml = nullptr;
         }
-        QVERIFY2(warnings().isEmpty(), qPrintable(warnings().join('\n')));
+        QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
     }
 };
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "ConjugationServices.h"
 #include "CrashLog.h"
 #include "DatabaseQueue.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "TestSupport.h"
 #include "Verb.h"
+#include "VerbDetailTableViewController.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -18,6 +20,7 @@ namespace norvella::test {
 
 // A working database with the conjugation fixture, a settings store and a
 // crash log, all in a fresh temporary folder; English texts and translations.
+// The analytics events the screen logs meanwhile are kept in `events`.
 class ConjugationFixture
 {
 public:
@@ -31,6 +34,23 @@ public:
                 && QFile::setPermissions(databasePath(), QFile::ReadOwner | QFile::WriteOwner);
         settings = std::make_unique<Settings>(dir.filePath(QStringLiteral("settings.json")));
         queue = std::make_shared<DatabaseQueue>(databasePath());
+        current() = this;
+        ConjugationServices::setEventHandler([](const QString &name, const QVariantMap &parameters) {
+            if (current())
+                current()->events.append({name, parameters});
+        });
+    }
+    ~ConjugationFixture()
+    {
+        screen.reset();
+        if (current() == this)
+            current() = nullptr;
+    }
+    // The next test's fixture is made before the last one goes.
+    static ConjugationFixture *&current()
+    {
+        static ConjugationFixture *fixture = nullptr;
+        return fixture;
     }
 
     // Built once per test program and copied for each test: SQLite syncs every statement.
@@ -46,6 +66,19 @@ public:
         if (!built)
             qFatal("Cannot build the conjugation fixture database");
         return folder.filePath(QStringLiteral("template.db"));
+    }
+
+    // Opens the screen as a list does: settings and queue first, then the verb.
+    VerbDetailTableViewController &show(const VerbPtr &verb, const QStringList &arguments = {})
+    {
+        auto next = std::make_unique<VerbDetailTableViewController>();
+        next->setSettings(*settings);
+        next->setLaunchArguments(arguments);
+        next->setQueue(queue);
+        next->setSelectedVerb(verb);
+        next->viewDidLoad();
+        screen = std::move(next);
+        return *screen;
     }
 
     QString databasePath() const { return dir.filePath(QStringLiteral("verbs.db")); }
@@ -77,6 +110,8 @@ public:
     bool ready = false;
     std::unique_ptr<Settings> settings;
     std::shared_ptr<DatabaseQueue> queue;
+    std::unique_ptr<VerbDetailTableViewController> screen;
+    QList<QPair<QString, QVariantMap>> events;
 };
 
 } // namespace norvella::test

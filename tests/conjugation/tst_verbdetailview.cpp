@@ -5,18 +5,14 @@
 // (NORVELLA_SCREENSHOT_VERBS=andare,alzarsi,... picks them).
 #include "ConjugationTestFixture.h"
 #include "DatabaseQueueRef.h"
+#include "QmlLoadHarness.h"
 #include "RoundProgressView.h"
 #include "SpeechSynthesizer.h"
 #include "VerbDetailTableViewController.h"
 #include "VerbLookup.h"
 #include "VerbRef.h"
 
-#include <QDir>
-#include <QQmlComponent>
-#include <QQmlEngine>
 #include <QQuickItem>
-#include <QQuickStyle>
-#include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
@@ -24,26 +20,12 @@ Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
 
 using namespace norvella;
 using norvella::test::ConjugationFixture;
+using norvella::test::accessibleName;
+using norvella::test::onScreen;
 
 namespace {
 
-QStringList &qmlWarnings()
-{
-    static QStringList warnings;
-    return warnings;
-}
-
-QtMessageHandler previousHandler = nullptr;
-
-void recordWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (type == QtWarningMsg || type == QtCriticalMsg || type == QtFatalMsg)
-        qmlWarnings() << message;
-    if (previousHandler)
-        previousHandler(type, context, message);
-}
-
-const char *harness = R"(
+const QByteArray harness = R"(
 import QtQuick
 import QtQuick.Controls
 import Norvella.Conjugation
@@ -65,44 +47,6 @@ ApplicationWindow {
 }
 )";
 
-QObject *accessibleOf(const QObject *item)
-{
-    for (QObject *child : item->children()) {
-        if (qstrcmp(child->metaObject()->className(), "QQuickAccessibleAttached") == 0)
-            return child;
-    }
-    return nullptr;
-}
-
-QString accessibleName(const QObject *item)
-{
-    const QObject *attached = accessibleOf(item);
-    return attached ? attached->property("name").toString() : QString();
-}
-
-void collect(QQuickItem *item, QList<QQuickItem *> &out)
-{
-    if (!item->isVisible())
-        return;
-    out << item;
-    for (QQuickItem *child : item->childItems())
-        collect(child, out);
-}
-
-// Whether the item is on screen and not scrolled out of a clipping view.
-bool onScreen(QQuickItem *item)
-{
-    const QRectF rect = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
-    for (QQuickItem *p = item->parentItem(); p; p = p->parentItem()) {
-        if (p->clip()) {
-            const QRectF clipRect = p->mapRectToScene(QRectF(0, 0, p->width(), p->height()));
-            if (!clipRect.intersects(rect))
-                return false;
-        }
-    }
-    return rect.intersects(QRectF(QPointF(0, 0), item->window()->size()));
-}
-
 } // namespace
 
 class VerbDetailViewTest : public QObject
@@ -111,37 +55,34 @@ class VerbDetailViewTest : public QObject
 
 private:
     std::unique_ptr<ConjugationFixture> m_fixture;
-    std::unique_ptr<QQmlEngine> m_engine;
-    std::unique_ptr<QQuickWindow> m_window;
     std::unique_ptr<DatabaseQueueRef> m_queueRef;
     std::unique_ptr<DatabaseQueueRef> m_previousQueueRef;
     std::unique_ptr<VerbRef> m_verbRef;
-
     // One window serves every test: Qt 6.4 mixes up its animation timing when a
     // window goes away while an animation runs, and the app has a single window too.
+    std::unique_ptr<test::QmlScreen> m_qml;
+
+    void useQueue(std::shared_ptr<DatabaseQueue> queue)
+    {
+        // The previous queue stays alive until the screen has the new one.
+        m_previousQueueRef = std::move(m_queueRef);
+        m_queueRef = std::make_unique<DatabaseQueueRef>(std::move(queue));
+    }
+
     void open(const VerbPtr &verb, QSize size, bool back = false)
     {
         auto verbRef = std::make_unique<VerbRef>(verb);
-        QObject *verbObject = verb ? verbRef.get() : nullptr;
-        if (!m_window) {
-            QQmlComponent component(m_engine.get());
-            component.setData(harness, QUrl(QStringLiteral("qrc:/tests/Harness.qml")));
-            QObject *object = component.createWithInitialProperties(
-                    {{QStringLiteral("width"), size.width()},
-                     {QStringLiteral("height"), size.height()},
-                     {QStringLiteral("back"), back},
-                     {QStringLiteral("verb"), QVariant::fromValue(verbObject)},
-                     {QStringLiteral("queue"), QVariant::fromValue<QObject *>(m_queueRef.get())}});
-            QVERIFY2(object, qPrintable(component.errorString()));
-            m_window.reset(qobject_cast<QQuickWindow *>(object));
-            QVERIFY(m_window);
-            QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        const QVariantMap properties{{"back", back},
+                                     {"queue", QVariant::fromValue<QObject *>(m_queueRef.get())},
+                                     {"verb", QVariant::fromValue<QObject *>(verb ? verbRef.get() : nullptr)}};
+        if (!m_qml->window) {
+            QVERIFY(m_qml->show(harness, size, properties));
         } else {
-            // A verb chosen while the screen is up replaces the one it shows.
-            m_window->resize(size);
-            m_window->setProperty("back", back);
-            m_window->setProperty("queue", QVariant::fromValue<QObject *>(m_queueRef.get()));
-            m_window->setProperty("verb", QVariant::fromValue(verbObject));
+            // A verb chosen while the screen is up replaces the one it shows. The
+            // map is sorted by key, so the queue arrives before the verb.
+            m_qml->window->resize(size);
+            for (auto it = properties.begin(); it != properties.end(); ++it)
+                m_qml->window->setProperty(it.key().toUtf8(), it.value());
         }
         m_verbRef = std::move(verbRef);
         controller()->selectVerbTypes(0);
@@ -149,7 +90,7 @@ private:
             if (item->inherits("QQuickListView"))
                 QMetaObject::invokeMethod(item, "positionViewAtBeginning");
         }
-        settle();
+        QVERIFY(m_qml->settle());
         // Speech in tests is silent but keeps its pace, as on a machine without sound.
         auto *synth = new SpeechSynthesizer;
         synth->setAudioDevice(QStringLiteral("norvella-test-silence"));
@@ -158,60 +99,17 @@ private:
         QCOMPARE(controller()->title(), verb ? verb->italian : QString());
     }
 
-    void settle()
-    {
-        for (int i = 0; i < 3; ++i) {
-            QSignalSpy swapped(m_window.get(), &QQuickWindow::frameSwapped);
-            m_window->update();
-            QVERIFY(swapped.wait(5000));
-        }
-    }
+    VerbDetailTableViewController *controller() const { return m_qml->find<VerbDetailTableViewController>(); }
+    QQuickItem *screen() const { return m_qml->find<QQuickItem>(QStringLiteral("detail")); }
 
-    VerbDetailTableViewController *controller() const
-    {
-        return m_window->findChild<VerbDetailTableViewController *>();
-    }
-
-    QQuickItem *screen() const { return m_window->findChild<QQuickItem *>(QStringLiteral("detail")); }
-
-    QList<QQuickItem *> visibleItems() const
-    {
-        QList<QQuickItem *> items;
-        // The window's root item holds the page and the overlay with any dialog.
-        collect(m_window->contentItem(), items);
-        return items;
-    }
-
-    QQuickItem *button(const QString &name) const
-    {
-        for (QQuickItem *item : visibleItems()) {
-            if (item->inherits("QQuickAbstractButton") && onScreen(item) && accessibleName(item) == name)
-                return item;
-        }
-        return nullptr;
-    }
-
-    void click(QQuickItem *item)
-    {
-        QVERIFY(item);
-        const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
-        QTest::mouseClick(m_window.get(), Qt::LeftButton, {}, centre.toPoint());
-        settle();
-    }
-
-    void save(const QString &name)
-    {
-        const QString folder = qEnvironmentVariable("NORVELLA_SCREENSHOT_DIR");
-        if (folder.isEmpty())
-            return;
-        QDir().mkpath(folder);
-        const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
-        QVERIFY2(m_window->grabWindow().save(path), qPrintable(path));
-    }
+    QList<QQuickItem *> visibleItems() const { return m_qml->items(); }
+    QQuickItem *button(const QString &name) const { return m_qml->button(name); }
+    void click(QQuickItem *item) { QVERIFY(m_qml->click(item)); }
 
     // Every text on screen is whole, and every control is big enough and named.
     void checkLayout(const QString &state)
     {
+        m_qml->grab(state);
         int texts = 0;
         for (QQuickItem *item : visibleItems()) {
             if (!onScreen(item))
@@ -229,122 +127,95 @@ private:
             }
             if (item->inherits("QQuickAbstractButton") && item->isEnabled()) {
                 QVERIFY2(item->width() >= 44 && item->height() >= 44,
-                         qPrintable(state + QStringLiteral(": a control smaller than 44 px: ")
-                                    + accessibleName(item)));
+                         qPrintable(state + ": a control smaller than 44 px: " + accessibleName(item)));
                 QVERIFY2(!accessibleName(item).isEmpty(), qPrintable(state + ": a control without a name"));
             }
         }
         QVERIFY(texts > 0);
-        QVERIFY2(qmlWarnings().isEmpty(), qPrintable(qmlWarnings().join(u'\n')));
+        QVERIFY2(m_qml->clean(), test::WarningCollector::report());
     }
 
 private slots:
-    void initTestCase()
-    {
-        QQuickStyle::setStyle(QStringLiteral("Basic"));
-        previousHandler = qInstallMessageHandler(recordWarnings);
-        m_engine = std::make_unique<QQmlEngine>();
-        m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    }
+    void initTestCase() { m_qml = std::make_unique<test::QmlScreen>(); }
+    void cleanupTestCase() { m_qml.reset(); }
 
     void init()
     {
-        qmlWarnings().clear();
+        test::WarningCollector::warnings().clear();
         m_fixture = std::make_unique<ConjugationFixture>();
         QVERIFY(m_fixture->ready);
         Settings::standard().clear();
-        // The previous test's queue stays alive until the screen has the new one.
-        m_previousQueueRef = std::move(m_queueRef);
-        m_queueRef = std::make_unique<DatabaseQueueRef>(m_fixture->queue);
+        useQueue(m_fixture->queue);
     }
 
     void cleanup()
     {
-        if (m_window)
+        if (m_qml->window)
             controller()->pronunciation().stop();
-        QVERIFY2(qmlWarnings().isEmpty(), qPrintable(qmlWarnings().join(u'\n')));
-    }
-
-    void cleanupTestCase()
-    {
-        m_window.reset();
-        m_engine.reset();
+        QVERIFY2(m_qml->clean(), test::WarningCollector::report());
     }
 
     void everyMoodAtPhoneAndTabletSize_data()
     {
         QTest::addColumn<QString>("verb");
         QTest::addColumn<QSize>("size");
-        QTest::newRow("andare phone") << "andare" << QSize(390, 844);
-        QTest::newRow("andare tablet") << "andare" << QSize(1024, 768);
-        QTest::newRow("alzarsi phone") << "alzarsi" << QSize(390, 844);
-        QTest::newRow("alzarsi tablet") << "alzarsi" << QSize(1024, 768);
+        QTest::addColumn<QString>("database"); // empty: the fixture
+        const QString master = qEnvironmentVariable("NORVELLA_MASTER_DB");
+        const QString chosen = qEnvironmentVariable("NORVELLA_SCREENSHOT_VERBS", QStringLiteral("andare,alzarsi"));
+        for (const QString &database : {QString(), master}) {
+            const QStringList verbs = database.isEmpty() ? QStringList{"andare", "alzarsi"}
+                                                         : chosen.split(u',', Qt::SkipEmptyParts);
+            for (const QString &verb : verbs) {
+                for (const QSize size : {QSize(390, 844), QSize(1024, 768)}) {
+                    QTest::addRow("%s%s %dx%d", database.isEmpty() ? "" : "master ", qPrintable(verb.trimmed()),
+                                  size.width(), size.height()) << verb.trimmed() << size << database;
+                }
+            }
+            if (master.isEmpty())
+                break;
+        }
     }
 
     void everyMoodAtPhoneAndTabletSize()
     {
         QFETCH(QString, verb);
         QFETCH(QSize, size);
-        open(verb == QLatin1String("andare") ? ConjugationFixture::andare() : ConjugationFixture::alzarsi(), size);
+        QFETCH(QString, database);
+        if (!database.isEmpty()) {
+            const QString copy = m_fixture->dir.filePath(QStringLiteral("master.db"));
+            QVERIFY(QFile::copy(database, copy));
+            QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
+            useQueue(std::make_shared<DatabaseQueue>(copy));
+        }
+        const VerbPtr record = verbByInfinitive(*m_queueRef->queue(), verb);
+        QVERIFY2(record, qPrintable(verb + " is not in the database"));
+        open(record, size);
         const bool tablet = size.width() >= 700;
         QCOMPARE(screen()->property("regularWidth").toBool(), tablet);
         const QStringList moods{"ind", "sub", "con", "other"};
         for (int mood = 0; mood < 4; ++mood) {
             QVERIFY(QMetaObject::invokeMethod(screen(), "selectMood", Q_ARG(int, mood)));
             QCOMPARE(controller()->selectedSegment(), mood);
-            settle();
-            const QString name = QStringLiteral("%1-%2-%3x%4").arg(verb, moods[mood]).arg(size.width()).arg(size.height());
+            QVERIFY(m_qml->settle());
+            const QString name = QStringLiteral("%1%2-%3-%4x%5")
+                                         .arg(database.isEmpty() ? QString() : QStringLiteral("master-"), verb, moods[mood])
+                                         .arg(size.width()).arg(size.height());
             checkLayout(name);
-            save(name);
-            if (!tablet) {
-                // The end of the table too, where the last tense sits.
-                for (QQuickItem *item : visibleItems()) {
-                    if (item->inherits("QQuickListView")) {
-                        QMetaObject::invokeMethod(item, "positionViewAtEnd");
-                        settle();
-                        checkLayout(name + QStringLiteral("-end"));
-                        save(name + QStringLiteral("-end"));
-                        break;
-                    }
+            // The end of the table too, where the last tense sits.
+            for (QQuickItem *item : visibleItems()) {
+                if (!tablet && item->inherits("QQuickListView")) {
+                    QMetaObject::invokeMethod(item, "positionViewAtEnd");
+                    QVERIFY(m_qml->settle());
+                    checkLayout(name + QStringLiteral("-end"));
+                    break;
                 }
             }
         }
     }
 
-    void realVerbsFromTheMasterDatabase()
+    void theBarsAndTheMoodControlAnswerTaps()
     {
-        const QString master = qEnvironmentVariable("NORVELLA_MASTER_DB");
-        if (master.isEmpty())
-            QSKIP("Set NORVELLA_MASTER_DB to check real verbs too");
-        const QString copy = m_fixture->dir.filePath(QStringLiteral("master.db"));
-        QVERIFY(QFile::copy(master, copy));
-        QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
-        auto queue = std::make_shared<DatabaseQueue>(copy);
-        m_previousQueueRef = std::move(m_queueRef);
-        m_queueRef = std::make_unique<DatabaseQueueRef>(queue);
-        QString names = qEnvironmentVariable("NORVELLA_SCREENSHOT_VERBS");
-        if (names.isEmpty())
-            names = QStringLiteral("andare,alzarsi");
-        for (const QString &name : names.split(u',', Qt::SkipEmptyParts)) {
-            const VerbPtr verb = verbByInfinitive(*queue, name.trimmed());
-            QVERIFY2(verb, qPrintable(name + QStringLiteral(" is not in the master database")));
-            for (const QSize size : {QSize(390, 844), QSize(1024, 768)}) {
-                open(verb, size);
-                for (int mood = 0; mood < 4; ++mood) {
-                    controller()->selectVerbTypes(mood);
-                    settle();
-                    const QString state = QStringLiteral("master-%1-%2-%3x%4")
-                                                  .arg(verb->italian).arg(mood).arg(size.width()).arg(size.height());
-                    checkLayout(state);
-                    save(state);
-                }
-            }
-        }
-    }
-
-    void theMoodControlSwitchesTenses()
-    {
-        open(ConjugationFixture::andare(), {390, 844});
+        open(ConjugationFixture::andare(), {390, 844}, true);
         QQuickItem *subjunctive = nullptr;
         for (QQuickItem *item : visibleItems()) {
             if (item->inherits("QQuickAbstractButton") && item->property("text").toString() == QLatin1String("Subjunctive"))
@@ -353,16 +224,19 @@ private slots:
         click(subjunctive);
         QCOMPARE(controller()->selectedSegment(), 1);
         QVERIFY(button(QStringLiteral("Play “io vada”")));
-    }
 
-    void theFavouriteButtonMarksTheVerb()
-    {
-        open(ConjugationFixture::alzarsi(), {390, 844});
         click(button(QStringLiteral("Add to favourites")));
         QVERIFY(controller()->isFavourite());
-        QCOMPARE(m_fixture->column(QStringLiteral("SELECT verbid FROM favourite")), QStringList{QStringLiteral("5")});
         QVERIFY(button(QStringLiteral("Remove from favourites")));
-        save(QStringLiteral("alzarsi-favourite-390x844"));
+        m_qml->grab(QStringLiteral("andare-favourite-390x844"));
+
+        QSignalSpy back(screen(), SIGNAL(backRequested()));
+        QSignalSpy share(screen(), SIGNAL(exportRequested(QObject*)));
+        click(button(QStringLiteral("Back")));
+        QCOMPARE(back.count(), 1);
+        click(button(QStringLiteral("Share the conjugation")));
+        QCOMPARE(share.count(), 1);
+        QCOMPARE(share.first().first().value<QObject *>(), m_verbRef.get());
     }
 
     void playingAFormFillsItsRingAndEndsEmpty()
@@ -377,10 +251,11 @@ private slots:
         click(play);
         QCOMPARE(controller()->speakingKey(), QStringLiteral("6:0"));
         QVERIFY(button(QStringLiteral("Stop “io vado”")));
+        QVERIFY(button(QStringLiteral("Play “tu vai”"))); // only the tapped row turns
         // The second word fills the ring to about half; catch it if the speech is still going.
         QTRY_VERIFY_WITH_TIMEOUT(ring->presentationProgress() >= 0.4f || controller()->speakingKey().isEmpty(), 20000);
         if (!controller()->speakingKey().isEmpty())
-            save(QStringLiteral("andare-speaking-1024x768"));
+            m_qml->grab(QStringLiteral("andare-speaking-1024x768"));
         QTRY_COMPARE_WITH_TIMEOUT(controller()->speakingKey(), QString(), 20000);
         QVERIFY(highest >= 0.1f);
         QCOMPARE(ring->progress(), 0.0f);
@@ -394,43 +269,26 @@ private slots:
         click(button(QStringLiteral("Play “tu vai”")));
         QQuickItem *ok = button(QStringLiteral("OK"));
         QVERIFY(ok);
-        checkLayout(QStringLiteral("volume alert"));
-        save(QStringLiteral("andare-volume-alert-390x844"));
+        checkLayout(QStringLiteral("andare-volume-alert-390x844"));
         click(ok);
         QTRY_VERIFY(!button(QStringLiteral("OK")));
-        controller()->pronunciation().stop();
     }
 
     void withoutAVerbTheScreenAsksForOne()
     {
         open(ConjugationFixture::andare(), {390, 844});
-        open(nullptr, {390, 844});
-        QVERIFY(!controller()->hasVerb());
-        auto *footer = screen()->property("footer").value<QQuickItem *>();
-        QVERIFY(footer);
-        QVERIFY(!footer->isVisible() || footer->height() == 0);
-        bool prompt = false;
-        for (QQuickItem *item : visibleItems())
-            prompt = prompt || item->property("text").toString() == Strings::text(QStringLiteral("select"));
-        QVERIFY(prompt);
-        checkLayout(QStringLiteral("empty"));
-        save(QStringLiteral("empty-390x844"));
-        open(nullptr, {1024, 768});
-        checkLayout(QStringLiteral("empty tablet"));
-        save(QStringLiteral("empty-1024x768"));
-    }
-
-    void backAndShareReachTheWindow()
-    {
-        open(ConjugationFixture::andare(), {390, 844}, true);
-        QSignalSpy back(screen(), SIGNAL(backRequested()));
-        QSignalSpy share(screen(), SIGNAL(exportRequested(QObject*)));
-        click(button(QStringLiteral("Back")));
-        QCOMPARE(back.count(), 1);
-        click(button(QStringLiteral("Share the conjugation")));
-        QCOMPARE(share.count(), 1);
-        QCOMPARE(share.first().first().value<QObject *>(), m_verbRef.get());
-        save(QStringLiteral("andare-back-390x844"));
+        for (const QSize size : {QSize(390, 844), QSize(1024, 768)}) {
+            open(nullptr, size);
+            QVERIFY(!controller()->hasVerb());
+            auto *footer = screen()->property("footer").value<QQuickItem *>();
+            QVERIFY(footer);
+            QVERIFY(!footer->isVisible() || footer->height() == 0);
+            bool prompt = false;
+            for (QQuickItem *item : visibleItems())
+                prompt = prompt || item->property("text").toString() == Strings::text(QStringLiteral("select"));
+            QVERIFY(prompt);
+            checkLayout(QStringLiteral("empty-%1x%2").arg(size.width()).arg(size.height()));
+        }
     }
 };
 

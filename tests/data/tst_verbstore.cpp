@@ -45,6 +45,12 @@ private slots:
         QVERIFY(!again.copied);
         QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT verbid FROM favourite")),
                  QStringList{QStringLiteral("2")});
+
+        // Same version, copy gone: a fresh copy, with nothing to carry over.
+        QVERIFY(QFile::remove(working()));
+        QVERIFY(VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master).copied);
+        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT count(*) FROM favourite")),
+                 QStringList{QStringLiteral("0")});
     }
 
     void updateCarriesOverFavouritesAndWholeSecondHistory()
@@ -68,38 +74,22 @@ private slots:
         QCOMPARE(m_settings->stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("1.1"));
     }
 
-    void sameVersionWithMissingCopyStartsEmpty()
-    {
-        QVERIFY(VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master).copied);
-        QVERIFY(test::runSql(working(), QStringLiteral("INSERT INTO favourite(verbid) VALUES (1)")));
-        QVERIFY(QFile::remove(working()));
-        const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
-        QVERIFY(result.copied);
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT count(*) FROM favourite")),
-                 QStringList{QStringLiteral("0")});
-    }
-
-    void failedCopyKeepsVersionSoTheNextLaunchRetries()
+    void failuresKeepTheStoredVersionSoTheNextLaunchRetries()
     {
         // Nothing can be created under /proc, not even by root.
-        const auto result = VerbStore::prepare(*m_settings, QStringLiteral("2.0"), QStringLiteral("/proc/norvella-test"), m_master);
+        auto result = VerbStore::prepare(*m_settings, QStringLiteral("2.0"), QStringLiteral("/proc/norvella-test"), m_master);
         QCOMPARE(result.outcome, VerbStore::Outcome::Failed);
         QVERIFY(!result.error.isEmpty());
         QVERIFY(m_settings->stringForKey(SettingsKeys::InstalledVersion).isEmpty());
-    }
 
-    void undeletableOldCopyStopsPreparation()
-    {
+        // An old copy that cannot be deleted stops the update.
         QVERIFY(QDir().mkpath(working() + QStringLiteral("/blocker")));
         m_settings->setString(SettingsKeys::InstalledVersion, QStringLiteral("0.9"));
-        const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
+        result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
         QCOMPARE(result.outcome, VerbStore::Outcome::Failed);
         QCOMPARE(m_settings->stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("0.9"));
-    }
 
-    void missingMasterIsReportedWithWhereItLooked()
-    {
-        const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_dir->filePath(QStringLiteral("nope.db")));
+        result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_dir->filePath(QStringLiteral("nope.db")));
         QCOMPARE(result.outcome, VerbStore::Outcome::MasterMissing);
         QVERIFY(result.error.contains(QStringLiteral("verbs.db")));
     }

@@ -65,12 +65,9 @@ private slots:
     void initTestCase();
     void pronounTable();
     void verbKeys();
-    void conjugationOrder();
-    void typesPerVerb();
-    void slotsPerType();
+    void paradigmShapeAndOrder();
     void formsAreWellFormed();
     void infinitiveAndGerundHaveNoClitic();
-    void futureFirstPersonEndsInO();
     void compoundTensesUseTheAuxiliary();
     void pronominalVerbsCarryTheirClitics();
     void foldedColumns();
@@ -101,14 +98,10 @@ void TestMaster::initTestCase()
 
 void TestMaster::pronounTable()
 {
-    const auto rows = m_db->rows(QStringLiteral("SELECT _id, pronoun FROM pronoun ORDER BY _id"));
-    const QStringList expected = {QStringLiteral("io"), QStringLiteral("tu"), QStringLiteral("lui/lei"),
-                                  QStringLiteral("noi"), QStringLiteral("voi"), QStringLiteral("loro")};
-    QCOMPARE(rows.size(), expected.size());
-    for (int i = 0; i < rows.size(); ++i) {
-        QCOMPARE(rows[i][0].toInt(), i + 1);
-        QCOMPARE(rows[i][1].toString(), expected[i]);
-    }
+    QStringList rows;
+    for (const QVariantList &row : m_db->rows(QStringLiteral("SELECT _id, pronoun FROM pronoun ORDER BY _id")))
+        rows << row[0].toString() + u':' + row[1].toString();
+    QCOMPARE(rows.join(u' '), QStringLiteral("1:io 2:tu 3:lui/lei 4:noi 5:voi 6:loro"));
 }
 
 void TestMaster::verbKeys()
@@ -135,76 +128,39 @@ void TestMaster::verbKeys()
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
 
-void TestMaster::conjugationOrder()
+void TestMaster::paradigmShapeAndOrder()
 {
+    // Every verb: its tenses in type order, each with its slots (pronoun 0 for the forms
+    // without one), in conj_order; the four past participles keep their ms, fs, mp, fp order by _id.
     QStringList problems;
     for (const MasterVerb &verb : m_verbs) {
+        QList<int> types = allTypes;
+        if (verb.isPronominal())
+            types.removeOne(2); // a pronominal verb has no present participle of its own
+        for (const int type : defective.value(verb.italian))
+            types.removeOne(type);
+        QList<QPair<int, int>> expected, actual;
+        for (const int type : types) {
+            const QList<int> places = type <= 3 ? QList<int>{0} : type == 4 ? QList<int>{0, 0, 0, 0}
+                                  : type == 14 ? QList<int>{2, 3, 4, 5, 6} : QList<int>{1, 2, 3, 4, 5, 6};
+            for (const int slot : places)
+                expected.append({type, slot});
+        }
+        bool inOrder = true;
         for (qsizetype i = 0; i < verb.forms.size(); ++i) {
             const Form &form = verb.forms[i];
-            if (form.order != i + 1) {
-                problems << QStringLiteral("%1: conj_order %2 at position %3").arg(verb.italian).arg(form.order).arg(i + 1);
-                break;
+            actual.append({form.type, form.pronoun});
+            if (inOrder && (form.order != i + 1 || (i > 0 && form.type == 4 && verb.forms[i - 1].type == 4
+                                                    && verb.forms[i - 1].id > form.id))) {
+                problems << QStringLiteral("%1: form %2 out of order").arg(verb.italian).arg(i + 1);
+                inOrder = false;
             }
-            if (i > 0) {
-                const Form &previous = verb.forms[i - 1];
-                // Within a tense, forms without a pronoun (participles) keep their slot order by _id.
-                const bool ascending = previous.type < form.type
-                    || (previous.type == form.type && previous.pronoun < form.pronoun)
-                    || (previous.type == form.type && form.pronoun == 0 && previous.id < form.id);
-                if (!ascending) {
-                    problems << QStringLiteral("%1: type %2/%3 after type %4/%5").arg(verb.italian).arg(form.type)
-                                    .arg(form.pronoun).arg(previous.type).arg(previous.pronoun);
-                    break;
-                }
-            }
-        }
-    }
-    QVERIFY2(problems.isEmpty(), describe(problems));
-}
-
-void TestMaster::typesPerVerb()
-{
-    QStringList problems;
-    for (const MasterVerb &verb : m_verbs) {
-        QList<int> expected = allTypes;
-        if (verb.isPronominal())
-            expected.removeOne(2); // a pronominal verb has no present participle of its own
-        for (const int type : defective.value(verb.italian))
-            expected.removeOne(type);
-        QList<int> actual;
-        for (const Form &form : verb.forms) {
-            if (actual.isEmpty() || actual.last() != form.type)
-                actual.append(form.type);
         }
         if (actual != expected) {
-            QStringList types;
-            for (const int type : actual)
-                types << QString::number(type);
-            problems << QStringLiteral("%1: types %2").arg(verb.italian, types.join(u','));
-        }
-    }
-    QVERIFY2(problems.isEmpty(), describe(problems));
-}
-
-void TestMaster::slotsPerType()
-{
-    QStringList problems;
-    for (const MasterVerb &verb : m_verbs) {
-        QHash<int, QList<int>> pronouns;
-        for (const Form &form : verb.forms)
-            pronouns[form.type].append(form.pronoun);
-        for (auto it = pronouns.cbegin(); it != pronouns.cend(); ++it) {
-            QList<int> expected;
-            if (it.key() <= 3)
-                expected = {0};
-            else if (it.key() == 4)
-                expected = {0, 0, 0, 0};
-            else if (it.key() == 14)
-                expected = {2, 3, 4, 5, 6};
-            else
-                expected = {1, 2, 3, 4, 5, 6};
-            if (it.value() != expected)
-                problems << QStringLiteral("%1: type %2 has %3 forms").arg(verb.italian).arg(it.key()).arg(it.value().size());
+            QStringList shown;
+            for (const auto &[type, slot] : std::as_const(actual))
+                shown << QStringLiteral("%1/%2").arg(type).arg(slot);
+            problems << QStringLiteral("%1: %2").arg(verb.italian, shown.join(u' '));
         }
     }
     QVERIFY2(problems.isEmpty(), describe(problems));
@@ -216,7 +172,8 @@ void TestMaster::formsAreWellFormed()
     QStringList problems;
     for (const MasterVerb &verb : m_verbs) {
         for (const Form &form : verb.forms) {
-            if (!shape.match(form.text).hasMatch())
+            // The future's first person always carries its stressed ending.
+            if (!shape.match(form.text).hasMatch() || (form.type == 10 && form.pronoun == 1 && !form.text.endsWith(u'ò')))
                 problems << QStringLiteral("%1: type %2 slot %3: '%4'").arg(verb.italian).arg(form.type).arg(form.pronoun).arg(form.text);
         }
     }
@@ -236,17 +193,6 @@ void TestMaster::infinitiveAndGerundHaveNoClitic()
             problems << QStringLiteral("%1: infinitive '%2'").arg(verb.italian, inf);
         if (!gerund.endsWith(QLatin1String("ando")) && !gerund.endsWith(QLatin1String("endo")))
             problems << QStringLiteral("%1: gerund '%2'").arg(verb.italian, gerund);
-    }
-    QVERIFY2(problems.isEmpty(), describe(problems));
-}
-
-void TestMaster::futureFirstPersonEndsInO()
-{
-    QStringList problems;
-    for (const MasterVerb &verb : m_verbs) {
-        const QString io = verb.form(10, 1);
-        if (!io.isEmpty() && !io.endsWith(u'ò'))
-            problems << QStringLiteral("%1: '%2'").arg(verb.italian, io);
     }
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
@@ -451,11 +397,6 @@ void TestMaster::conjugationQueryUsesAnIndex()
         " ORDER BY conjugation.conj_order"));
     QVERIFY2(searchesConjugationByVerb(steps), qPrintable(steps.join(QStringLiteral("; "))));
     QVERIFY2(!steps.join(u' ').contains(QLatin1String("TEMP B-TREE")), qPrintable(steps.join(QStringLiteral("; "))));
-
-    const auto forms = m_db->rows(QStringLiteral(
-        "SELECT conjugation.verb FROM conjugation LEFT OUTER JOIN pronoun ON conjugation.pronounid = pronoun._id"
-        " WHERE conjugation.verbid = %1 ORDER BY conjugation.conj_order").arg(m_verbs.first().id));
-    QCOMPARE(forms.size(), m_verbs.first().forms.size());
 }
 
 void TestMaster::searchJoinUsesAnIndex()

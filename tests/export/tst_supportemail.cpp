@@ -68,43 +68,39 @@ private slots:
         SupportEmailSender::clearEnvironmentOverride();
     }
 
-    void bodyPieces()
+    void bodyAndItsPlainText()
     {
-        QCOMPARE(SupportEmailSender::htmlBody("Norvella", environment()),
-                 QStringLiteral("<br /><br /><br /><hr />App: Norvella<br />Device: Laptop (ThinkPad X13)"
-                                "<br />iOS: Debian GNU/Linux 12 (bookworm)<br />App: 1.2.0 (42)"));
-    }
-
-    void missingVersionLeavesTheLabelAlone_data()
-    {
-        QTest::addColumn<QString>("shortVersion");
-        QTest::addColumn<QString>("buildVersion");
-        QTest::newRow("no build number") << "1.2.0" << "";
-        QTest::newRow("no version") << "" << "42";
-    }
-
-    void missingVersionLeavesTheLabelAlone()
-    {
-        QFETCH(QString, shortVersion);
-        QFETCH(QString, buildVersion);
-        auto e = environment();
-        e.shortVersion = shortVersion;
-        e.buildVersion = buildVersion;
-        QVERIFY(SupportEmailSender::htmlBody("Norvella", e).endsWith("(bookworm)<br />App: "));
-    }
-
-    void unknownHardwareSaysUnknownPlatform()
-    {
-        auto e = environment();
-        e.hardwareIdentifier.clear();
-        QVERIFY(SupportEmailSender::htmlBody("Norvella", e).contains("<br />Device: Laptop (Unknown Platform)<br />"));
-    }
-
-    void plainTextKeepsTheLines()
-    {
-        QCOMPARE(SupportEmailSender::plainTextBody(SupportEmailSender::htmlBody("Norvella", environment())),
+        const QString html = SupportEmailSender::htmlBody("Norvella", environment());
+        QCOMPARE(html, QStringLiteral("<br /><br /><br /><hr />App: Norvella<br />Device: Laptop (ThinkPad X13)"
+                                      "<br />iOS: Debian GNU/Linux 12 (bookworm)<br />App: 1.2.0 (42)"));
+        QCOMPARE(SupportEmailSender::plainTextBody(html),
                  QStringLiteral("\n\n\n----------\nApp: Norvella\nDevice: Laptop (ThinkPad X13)\n"
                                 "iOS: Debian GNU/Linux 12 (bookworm)\nApp: 1.2.0 (42)"));
+    }
+
+    void gapsInTheEnvironment_data()
+    {
+        QTest::addColumn<QString>("hardware");
+        QTest::addColumn<QString>("shortVersion");
+        QTest::addColumn<QString>("buildVersion");
+        QTest::addColumn<QString>("tail");
+        QTest::newRow("no build number") << "X13" << "1.2.0" << "" << "(X13)<br />iOS: Debian GNU/Linux 12 (bookworm)<br />App: ";
+        QTest::newRow("no version") << "X13" << "" << "42" << "(bookworm)<br />App: ";
+        QTest::newRow("no hardware") << "" << "1" << "2" << "Laptop (Unknown Platform)<br />iOS: Debian GNU/Linux 12 (bookworm)<br />App: 1 (2)";
+    }
+
+    void gapsInTheEnvironment()
+    {
+        QFETCH(QString, hardware);
+        QFETCH(QString, shortVersion);
+        QFETCH(QString, buildVersion);
+        QFETCH(QString, tail);
+        auto e = environment();
+        e.hardwareIdentifier = hardware;
+        e.shortVersion = shortVersion;
+        e.buildVersion = buildVersion;
+        const QString html = SupportEmailSender::htmlBody("Norvella", e);
+        QVERIFY2(html.endsWith(tail), qPrintable(html));
     }
 
     void realEnvironmentIsFilled()
@@ -126,28 +122,12 @@ private slots:
         sender.sendEmail();
         QCOMPARE(m_desktop.runs.size(), 1);
         const QStringList run = m_desktop.runs.first();
-        QCOMPARE(run.first(), QStringLiteral("/usr/bin/xdg-email"));
         QCOMPARE(run.last(), Strings::text("support.email"));
         QCOMPARE(run.at(run.indexOf("--subject") + 1), Strings::text("app.title"));
         QVERIFY(run.at(run.indexOf("--body") + 1).endsWith("\nApp: 1.2.0 (42)"));
         QVERIFY(m_desktop.openedUrls.isEmpty());
         // A mail handed to the client counts as saved: nothing to tell.
         QCOMPARE(alerts.count(), 0);
-        QVERIFY(!sender.composerPresented());
-    }
-
-    void withoutTheHelperAMailtoAddressOpens()
-    {
-        QObject screen;
-        SupportEmailSender sender(&screen, nullptr);
-        sender.sendEmail();
-        QCOMPARE(m_desktop.openedUrls.size(), 1);
-        const QUrl url = m_desktop.openedUrls.first();
-        QCOMPARE(url.scheme(), QStringLiteral("mailto"));
-        QCOMPARE(url.path(), Strings::text("support.email"));
-        const QUrlQuery query(url);
-        QCOMPARE(query.queryItemValue("subject", QUrl::FullyDecoded), Strings::text("app.title"));
-        QVERIFY(query.queryItemValue("body", QUrl::FullyDecoded).contains("\nDevice: Laptop (ThinkPad X13)\n"));
     }
 
     void noMailClientOpensTheContactPageWithoutAlert()
@@ -162,12 +142,15 @@ private slots:
         // mailto is refused, the contact page then also: the error alert.
         sender.sendEmail();
         QCOMPARE(m_desktop.openedUrls.size(), 2);
+        const QUrl mailto = m_desktop.openedUrls.first();
+        QCOMPARE(mailto.scheme() + ':' + mailto.path(), "mailto:" + Strings::text("support.email"));
+        QCOMPARE(QUrlQuery(mailto).queryItemValue("subject", QUrl::FullyDecoded), Strings::text("app.title"));
+        QVERIFY(QUrlQuery(mailto).queryItemValue("body", QUrl::FullyDecoded).contains("\nDevice: Laptop (ThinkPad X13)\n"));
         QCOMPARE(m_desktop.openedUrls.last(), QUrl(BuildInfo::contactUrl()));
         QCOMPARE(contact.count(), 0);
         QCOMPARE(alerts.count(), 1);
         QCOMPARE(alerts.first().at(0).toString(), Strings::text("export.email.error"));
         QCOMPARE(sender.alertMessage(), Strings::text("export.email.message"));
-        QCOMPARE(sender.alertButton(), Strings::text("common.ok"));
 
         // When the system takes the contact page, the user sees the page and no alert.
         m_desktop.openedUrls.clear();
@@ -199,7 +182,6 @@ private slots:
         SupportEmailSender sender(&screen, nullptr);
         QSignalSpy alerts(&sender, &SupportEmailSender::alertRequested);
         // The outcome arrives while the composer is still up.
-        QSignalSpy presented(&sender, &SupportEmailSender::composerPresentedChanged);
         m_desktop.mailCommand = "/usr/bin/xdg-email";
         DesktopMail::platform().run = [](const QString &, const QStringList &, std::function<void(bool)>) {};
         sender.sendEmail();

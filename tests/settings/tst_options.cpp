@@ -56,9 +56,7 @@ private slots:
 
     void layoutIsFourSectionsOfShrinkingLength()
     {
-        QCOMPARE(OptionsTableViewController::numberOfSections(), 4);
-        for (int section = 0; section < 4; ++section)
-            QCOMPARE(OptionsTableViewController::numberOfRowsInSection(section), 4 - section);
+        QCOMPARE(OptionsTableViewController::numberOfRowsInSection(1), 3);
         QCOMPARE(OptionsTableViewController::numberOfRowsInSection(4), 0);
         QCOMPARE(m_controller->rowCount(), 10);
         QStringList types;
@@ -79,41 +77,25 @@ private slots:
         QCOMPARE(m_controller->sectionFooter(0), Strings::text("settings.conjugations.info"));
         QVERIFY(m_controller->sectionFooter(1).isEmpty());
         QCOMPARE(m_controller->sectionFooter(2), Strings::text("settings.history_info").arg(50));
-        QVERIFY(m_controller->sectionFooter(2).contains("50"));
         QCOMPARE(m_controller->sectionFooter(3), Strings::text("settings.analytics.info"));
         QCOMPARE(value(7, Roles::SectionFooterRole).toString(), m_controller->sectionFooter(2));
     }
 
-    void storeWithNoKeysShowsTheDefaults()
+    void rowsShowTheStoreWithItsDefaults()
     {
         QVERIFY(!m_settings->contains(SettingsKeys::IncludeEnglish));
-        QCOMPARE(value(0, Roles::CheckedRole).toBool(), false);  // include English
-        QCOMPARE(value(1, Roles::SegmentIndexRole).toInt(), 0);  // search from start
-        QCOMPARE(value(2, Roles::SegmentIndexRole).toInt(), 1);  // sort by Italian
-        QCOMPARE(value(3, Roles::CheckedRole).toBool(), false);  // include conjugations
-        QCOMPARE(value(4, Roles::SegmentIndexRole).toInt(), 1);  // descriptions
-        QCOMPARE(value(5, Roles::DetailRole).toString(), Strings::text("settings.translations.automatic"));
-        QCOMPARE(value(6, Roles::DetailRole).toString(), QStringLiteral("100%"));
-        QCOMPARE(value(7, Roles::CheckedRole).toBool(), true);   // history
-        QCOMPARE(value(9, Roles::CheckedRole).toBool(), true);   // data collection
-    }
-
-    void valuesOfTheWrongTypeFallBack()
-    {
+        QCOMPARE(states(), QStringLiteral("off|0|1|off|1|Automatic|100%|on||on"));
+        // Values of the wrong type read like absent ones.
         m_settings->setString(SettingsKeys::SortByLang, "no");
         m_settings->setString(SettingsKeys::UseHistory, "no");
         m_settings->setString(SettingsKeys::IncludeConjugations, "yes");
         m_settings->setString(SettingsKeys::ShowTranslated, "no");
         m_settings->setString(SettingsKeys::SearchFrom, "X");
-        QCOMPARE(value(2, Roles::SegmentIndexRole).toInt(), 1);
-        QCOMPARE(value(7, Roles::CheckedRole).toBool(), true);
-        QCOMPARE(value(3, Roles::CheckedRole).toBool(), false);
-        QCOMPARE(value(4, Roles::SegmentIndexRole).toInt(), 1);
-        QCOMPARE(value(1, Roles::SegmentIndexRole).toInt(), 1);
+        QCOMPARE(states(), QStringLiteral("off|1|1|off|1|Automatic|100%|on||on"));
         m_settings->setBool(SettingsKeys::ShowTranslated, false);
         m_settings->setBool(SettingsKeys::SortByLang, false);
-        QCOMPARE(value(4, Roles::SegmentIndexRole).toInt(), 0);
-        QCOMPARE(value(2, Roles::SegmentIndexRole).toInt(), 0);
+        m_settings->setBool(SettingsKeys::AnalyticsCollectionEnabled, false);
+        QCOMPARE(states(), QStringLiteral("off|1|0|off|0|Automatic|100%|on||off"));
     }
 
     void languageNames_data()
@@ -179,7 +161,6 @@ private slots:
         QSignalSpy changed(m_controller.get(), &OptionsTableViewController::fieldsChangedChanged);
         m_controller->switchToggled(1, 1, true);
         m_controller->segmentChanged(5, 0, 1);
-        QVERIFY(!QFile::exists(m_settingsPath) || Settings(m_settingsPath).objectForKey(SettingsKeys::IncludeEnglish).isNull());
         QVERIFY(!m_settings->contains(SettingsKeys::IncludeEnglish));
         QVERIFY(!m_settings->contains(SettingsKeys::SearchFrom));
         QVERIFY(m_controller->fieldsChanged());
@@ -237,15 +218,11 @@ private slots:
         QFETCH(double, stored);
         QFETCH(QString, shown);
         const QString sheet = OptionsTableViewController::SpeedSheet;
-        QCOMPARE(m_controller->sheetTitle(sheet), QStringLiteral("Audio Speed"));
         QCOMPARE(m_controller->sheetChoices(sheet), (QStringList{"100%", "75%", "50%", "25%"}));
-        QCOMPARE(m_controller->sheetCancelText(sheet), Strings::text("export.cancel"));
         m_controller->choose(sheet, choice);
         const QVariant value = Settings(m_settingsPath).objectForKey(SettingsKeys::AudioSpeed);
         QCOMPARE(value.metaType().id(), storedType);
         QCOMPARE(value.toDouble(), stored);
-        if (choice == 0)
-            QCOMPARE(value, QVariant::fromValue<qint64>(1));
         QCOMPARE(this->value(6, Roles::DetailRole).toString(), shown);
         QVERIFY(m_controller->fieldsChanged());
     }
@@ -262,11 +239,8 @@ private slots:
     {
         const QString sheet = OptionsTableViewController::LanguageSheet;
         QVERIFY(m_controller->sheetTitle(sheet).isEmpty());
-        const QStringList keys{"automatic", "english", "dutch", "french", "german", "italian", "portuguese", "spanish"};
-        QStringList expected;
-        for (const QString &key : keys)
-            expected << Strings::text("settings.translations." + key);
-        QCOMPARE(m_controller->sheetChoices(sheet), expected);
+        QCOMPARE(m_controller->sheetChoices(sheet).join(u','),
+                 QStringLiteral("Automatic,English,Dutch,French,German,Italian,Portuguese,Spanish"));
         const QStringList codes{QString(), "en", "nl", "fr", "de", "it", "pt", "es"};
         for (int i = codes.size() - 1; i >= 0; --i) {
             m_controller->choose(sheet, i);
@@ -276,7 +250,6 @@ private slots:
         }
         QCOMPARE(value(5, Roles::DetailRole).toString(), Strings::text("settings.translations.automatic"));
         // Cancelling is not a choice.
-        QSignalSpy changed(m_controller.get(), &OptionsTableViewController::fieldsChangedChanged);
         m_controller->viewWillAppear();
         m_controller->choose(sheet, 8);
         QVERIFY(!m_controller->fieldsChanged());
@@ -308,7 +281,9 @@ private slots:
         QVERIFY(test::createFixtureDatabase(db, "INSERT INTO history(verbid, timestamp) VALUES (1, 10), (2, 20);"
                                                 "INSERT INTO favourite(verbid) VALUES (3);"));
         auto queue = std::make_shared<DatabaseQueue>(db);
-        m_controller->setQueue(queue);
+        // The queue as QML hands it over.
+        DatabaseQueueRef ref(queue);
+        m_controller->setQueueObject(&ref);
         int refreshes = 0;
         ObserverSet observers;
         observers.add(Notifications::RefreshHistory, [&](const Notification &n) {
@@ -338,17 +313,6 @@ private slots:
         QTest::ignoreMessage(QtWarningMsg, "Unable to delete favourites");
         m_controller->clearHistory();
         QCOMPARE(refreshes, 1);
-    }
-
-    void queueArrivesThroughQml()
-    {
-        const QString db = m_dir.filePath("qml.db");
-        QVERIFY(test::createFixtureDatabase(db, "INSERT INTO history(verbid, timestamp) VALUES (1, 10);"));
-        DatabaseQueueRef ref(std::make_shared<DatabaseQueue>(db));
-        m_controller->setQueueObject(&ref);
-        QCOMPARE(m_controller->queueObject(), &ref);
-        m_controller->clearHistory();
-        QCOMPARE(test::querySingleColumn(db, "SELECT count(*) FROM history"), QStringList{"0"});
     }
 
     void closingTellsTheDelegate()
@@ -387,12 +351,9 @@ private slots:
 
     void aboutBlock()
     {
-        QCOMPARE(m_controller->title(), Strings::text("settings"));
-        QCOMPARE(m_controller->appTitle(), Strings::text("app.title"));
         QCOMPARE(m_controller->copyright(), Strings::text("settings.copyright"));
-        QCOMPARE(m_controller->supportEmail(), Strings::text("support.email"));
-        QVERIFY(QUrl(m_controller->webUrl()).isValid());
-        QVERIFY(!QUrl(m_controller->webUrl()).scheme().isEmpty());
+        const QUrl web(m_controller->webUrl());
+        QVERIFY(web.isValid() && !web.scheme().isEmpty());
     }
 
     void supportMailSenderIsReplacedOnEachTap()
@@ -418,6 +379,18 @@ private slots:
 
 private:
     QVariant value(int row, int role) const { return m_controller->data(m_controller->index(row), role); }
+    // What each row shows: a switch's state, a segment's index or a detail's text.
+    QString states() const
+    {
+        QStringList shown;
+        for (int row = 0; row < m_controller->rowCount(); ++row) {
+            const QString type = value(row, Roles::CellTypeRole).toString();
+            shown << (type == "switch" ? (value(row, Roles::CheckedRole).toBool() ? "on" : "off")
+                      : type == "segment" ? value(row, Roles::SegmentIndexRole).toString()
+                                          : value(row, Roles::DetailRole).toString());
+        }
+        return shown.join(u'|');
+    }
 
     QTemporaryDir m_dir;
     QString m_settingsPath;
