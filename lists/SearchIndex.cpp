@@ -145,6 +145,15 @@ QString SearchIndex::columnName(Column column)
     return QString::fromLatin1(columnNames[column]);
 }
 
+SearchIndex::Column SearchIndex::columnNamed(const QString &name)
+{
+    for (int column = 0; column < ColumnCount; ++column) {
+        if (name == QLatin1String(columnNames[column]))
+            return Column(column);
+    }
+    return ColumnCount;
+}
+
 bool SearchIndex::like(const char *loweredPattern, const char *loweredText)
 {
     return patternCompare(reinterpret_cast<const unsigned char *>(loweredPattern),
@@ -191,7 +200,7 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     QByteArray sql = "SELECT _id, lower(italian)";
     for (const char *name : columnNames)
         sql += QByteArray(", ") + name;
-    sql += " FROM verb ORDER BY _id";
+    sql += ", voice_available FROM verb ORDER BY _id";
     sqlite3_stmt *statement = nullptr;
     if (sqlite3_prepare_v2(handle, sql.constData(), -1, &statement, nullptr) != SQLITE_OK)
         return fail();
@@ -203,7 +212,15 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
         const auto position = quint32(index->m_verbs.size());
         VerbRecord record;
         record.id = sqlite3_column_int64(statement, 0);
-        record.italian = textColumn(statement, 1);
+        record.loweredItalian = textColumn(statement, 1);
+        record.italian = textColumn(statement, 2 + Italian);
+        record.simplifiedItalian = textColumn(statement, 2 + SimplifiedItalian);
+        record.simplifiedGerman = textColumn(statement, 2 + SimplifiedGerman);
+        record.simplifiedFrench = textColumn(statement, 2 + SimplifiedFrench);
+        record.simplifiedSpanish = textColumn(statement, 2 + SimplifiedSpanish);
+        record.simplifiedDutch = textColumn(statement, 2 + SimplifiedDutch);
+        record.simplifiedPortuguese = textColumn(statement, 2 + SimplifiedPortuguese);
+        record.voiceAvailable = sqlite3_column_int(statement, 2 + ColumnCount) != 0;
         record.english = textColumn(statement, 2 + English);
         record.german = textColumn(statement, 2 + German);
         record.french = textColumn(statement, 2 + French);
@@ -471,6 +488,13 @@ SearchIndex::Outcome SearchIndex::search(const Query &query, const std::vector<F
     if (query.includeConjugations)
         matchPool(m_forms, compiled, matched);
 
+    appendRows(m_orderBy[query.order], &matched, favourites, query.includeConjugations, hits);
+    return Outcome::Rows;
+}
+
+void SearchIndex::appendRows(const std::vector<quint32> &order, const std::vector<char> *matched,
+                             const std::vector<Favourite> &favourites, bool grouped, std::vector<Hit> &hits) const
+{
     // The favourite join: one row per favourite row of the verb, or one row
     // without; grouping by verb keeps a single row whose flag comes from the
     // verb's last favourite row. Sorted by verb position, then by row id.
@@ -486,11 +510,11 @@ SearchIndex::Outcome SearchIndex::search(const Query &query, const std::vector<F
         return a.first != b.first ? a.first < b.first : a.second.id < b.second.id;
     });
 
-    auto append = [&](quint32 position, bool isFavourite) { hits.push_back({position, isFavourite}); };
+    hits.reserve(hits.size() + order.size());
     // Read back as a 32-bit integer, as the result column is.
     auto flag = [](const Favourite &favourite) { return int(favourite.id) != 0; };
-    for (const quint32 position : m_orderBy[query.order]) {
-        if (!matched[position])
+    for (const quint32 position : order) {
+        if (matched && !(*matched)[position])
             continue;
         auto first = std::lower_bound(favouriteRows.begin(), favouriteRows.end(), position,
                                       [](const auto &row, quint32 value) { return row.first < value; });
@@ -498,14 +522,99 @@ SearchIndex::Outcome SearchIndex::search(const Query &query, const std::vector<F
         while (last != favouriteRows.end() && last->first == position)
             ++last;
         if (first == last)
-            append(position, false);
-        else if (query.includeConjugations)
-            append(position, flag((last - 1)->second));
+            hits.push_back({position, false});
+        else if (grouped)
+            hits.push_back({position, flag((last - 1)->second)});
         else
             for (auto it = first; it != last; ++it)
-                append(position, flag(it->second));
+                hits.push_back({position, flag(it->second)});
     }
-    return Outcome::Rows;
+}
+
+void SearchIndex::everyVerb(Column order, const std::vector<Favourite> &favourites, std::vector<Hit> &hits) const
+{
+    appendRows(m_orderBy[order], nullptr, favourites, false, hits);
+}
+
+VerbPtr SearchIndex::listVerb(const Hit &hit) const
+{
+    const VerbRecord &record = m_verbs[hit.position];
+    auto verb = std::make_shared<Verb>();
+    verb->id = record.id;
+    verb->italian = record.italian;
+    verb->english = record.english;
+    verb->german = record.german;
+    verb->french = record.french;
+    verb->spanish = record.spanish;
+    verb->dutch = record.dutch;
+    verb->portuguese = record.portuguese;
+    verb->simplified_italian = record.simplifiedItalian;
+    verb->simplified_german = record.simplifiedGerman;
+    verb->simplified_french = record.simplifiedFrench;
+    verb->simplified_spanish = record.simplifiedSpanish;
+    verb->simplified_dutch = record.simplifiedDutch;
+    verb->simplified_portuguese = record.simplifiedPortuguese;
+    verb->voice_available = record.voiceAvailable;
+    verb->isFavourite = hit.isFavourite;
+    return verb;
+}
+
+QString SearchIndex::listSection(const Hit &hit, Column order) const
+{
+    const VerbRecord &record = m_verbs[hit.position];
+    const QString *text = nullptr;
+    switch (order) {
+    case Italian: text = &record.italian; break;
+    case SimplifiedItalian: text = &record.simplifiedItalian; break;
+    case English: text = &record.english; break;
+    case German: text = &record.german; break;
+    case SimplifiedGerman: text = &record.simplifiedGerman; break;
+    case French: text = &record.french; break;
+    case SimplifiedFrench: text = &record.simplifiedFrench; break;
+    case Spanish: text = &record.spanish; break;
+    case SimplifiedSpanish: text = &record.simplifiedSpanish; break;
+    case Dutch: text = &record.dutch; break;
+    case SimplifiedDutch: text = &record.simplifiedDutch; break;
+    case Portuguese: text = &record.portuguese; break;
+    case SimplifiedPortuguese: text = &record.simplifiedPortuguese; break;
+    case ColumnCount: break;
+    }
+    if (!text || text->isEmpty())
+        return {};
+    // substr(column, 1, 1) takes one character, which may be two UTF-16 units.
+    return text->left(text->at(0).isHighSurrogate() ? 2 : 1).toUpper();
+}
+
+namespace {
+struct Published
+{
+    std::weak_ptr<DatabaseQueue> queue;
+    std::shared_ptr<const SearchIndex> index;
+};
+std::vector<Published> &published()
+{
+    static std::vector<Published> entries;
+    return entries;
+}
+} // namespace
+
+std::shared_ptr<const SearchIndex> SearchIndex::readyFor(const std::shared_ptr<DatabaseQueue> &queue)
+{
+    auto &entries = published();
+    std::erase_if(entries, [](const Published &entry) { return entry.queue.expired(); });
+    for (const Published &entry : entries) {
+        if (queue && entry.queue.lock() == queue)
+            return entry.index;
+    }
+    return nullptr;
+}
+
+void SearchIndex::publish(const std::shared_ptr<DatabaseQueue> &queue, std::shared_ptr<const SearchIndex> index)
+{
+    auto &entries = published();
+    std::erase_if(entries, [&](const Published &entry) { return entry.queue.expired() || entry.queue.lock() == queue; });
+    if (queue && index)
+        entries.push_back({queue, std::move(index)});
 }
 
 VerbPtr SearchIndex::verb(const Hit &hit) const
@@ -513,7 +622,7 @@ VerbPtr SearchIndex::verb(const Hit &hit) const
     const VerbRecord &record = m_verbs[hit.position];
     auto verb = std::make_shared<Verb>();
     verb->id = record.id;
-    verb->italian = record.italian;
+    verb->italian = record.loweredItalian;
     verb->english = record.english;
     verb->german = record.german;
     verb->french = record.french;

@@ -13,6 +13,7 @@
 namespace norvella {
 
 class Database;
+class DatabaseQueue;
 
 // The search statement answered from memory. The statement with conjugated
 // forms scans some 600,000 rows with LIKE at every keystroke (up to a second
@@ -66,6 +67,8 @@ public:
     };
 
     static QString columnName(Column column);
+    // The column of that name, or ColumnCount when there is none.
+    static Column columnNamed(const QString &name);
 
     // Reads every verb and form through the connection; null, with the
     // reason in `error`, when a read fails, and null when `cancel` is set
@@ -85,6 +88,19 @@ public:
     Outcome search(const Query &query, const std::vector<Favourite> &favourites, std::vector<Hit> &hits) const;
     // The record the statement reads for a row, made when it is needed.
     VerbPtr verb(const Hit &hit) const;
+
+    // The alphabetical list's rows: every verb once per favourite row (once
+    // when it has none), ordered by the column as its statement orders them.
+    void everyVerb(Column order, const std::vector<Favourite> &favourites, std::vector<Hit> &hits) const;
+    // The record the alphabetical list reads for a row, and its section
+    // title (the first character of the order column, upper-cased).
+    VerbPtr listVerb(const Hit &hit) const;
+    QString listSection(const Hit &hit, Column order) const;
+
+    // The index built for a queue, shared by every screen that reads it;
+    // null until one is published. An index dies with its queue.
+    static std::shared_ptr<const SearchIndex> readyFor(const std::shared_ptr<DatabaseQueue> &queue);
+    static void publish(const std::shared_ptr<DatabaseQueue> &queue, std::shared_ptr<const SearchIndex> index);
 
     qsizetype verbCount() const { return qsizetype(m_verbs.size()); }
     qsizetype formCount() const { return qsizetype(m_forms.owner.size()); }
@@ -127,8 +143,14 @@ private:
     struct VerbRecord
     {
         qint64 id = 0;
-        QString italian, english, german, french, spanish, dutch, portuguese;
+        bool voiceAvailable = false;
+        // `loweredItalian` is what search results show; the list shows `italian`.
+        QString loweredItalian, italian, english, german, french, spanish, dutch, portuguese;
+        QString simplifiedItalian, simplifiedGerman, simplifiedFrench, simplifiedSpanish, simplifiedDutch,
+                simplifiedPortuguese;
     };
+    void appendRows(const std::vector<quint32> &order, const std::vector<char> *matched,
+                    const std::vector<Favourite> &favourites, bool grouped, std::vector<Hit> &hits) const;
 
     struct Pattern
     {

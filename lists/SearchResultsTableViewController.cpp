@@ -115,6 +115,16 @@ void SearchResultsTableViewController::prepareIndex()
     // Built on its own connection so the first frames are not held up; the
     // statement answers until it is ready.
     m_indexBuild = QtConcurrent::run(buildIndex, queue()->path(), m_cancelBuild);
+    // Hand it to the other lists as soon as it is there, not at the next search.
+    m_indexBuild.then(this, [this, built = std::weak_ptr<DatabaseQueue>(queue())](
+                                    const std::shared_ptr<const SearchIndex> &index) {
+        const auto current = queue();
+        if (index && current && built.lock() == current) {
+            if (!m_index)
+                m_index = index;
+            SearchIndex::publish(current, index);
+        }
+    });
 }
 
 bool SearchResultsTableViewController::waitForIndex()
@@ -124,6 +134,7 @@ bool SearchResultsTableViewController::waitForIndex()
         m_indexBuild.waitForFinished();
         m_index = m_indexBuild.result();
         m_indexBuild = {};
+        SearchIndex::publish(queue(), m_index);
     }
     return m_index != nullptr;
 }
@@ -135,6 +146,7 @@ const SearchIndex *SearchResultsTableViewController::readyIndex()
     if (!m_index && m_indexBuild.isValid() && m_indexBuild.isFinished()) {
         m_index = m_indexBuild.result();
         m_indexBuild = {};
+        SearchIndex::publish(queue(), m_index);
     }
     return m_index.get();
 }

@@ -2,6 +2,7 @@
 
 #include "CrashLog.h"
 #include "Database.h"
+#include "SearchIndex.h"
 #include "Settings.h"
 
 #include <QPointer>
@@ -79,7 +80,11 @@ void VerbListTableViewController::reload()
 {
     const QString column = sortColumn(settings(), PreferredLanguages::get());
     m_verbs.clear();
+    m_rowSources.clear();
+    m_rowIndex.reset();
     if (!queue())
+        return;
+    if (readFromIndex(column))
         return;
     queue()->inDatabase([&](Database &db) {
         auto rows = db.executeQuery(query(column));
@@ -114,6 +119,77 @@ void VerbListTableViewController::reload()
         }
         reloadData(std::move(flat));
     });
+}
+
+// The statement sorts some 6,000 rows on every reload (a favourite toggled on
+// another screen, a settings change): several frames. The search index holds
+// the same rows in the same order, so only the favourites are read here.
+bool VerbListTableViewController::readFromIndex(const QString &column)
+{
+    const auto index = m_readsFromIndex ? SearchIndex::readyFor(queue()) : nullptr;
+    const SearchIndex::Column order = SearchIndex::columnNamed(column);
+    if (!index || order == SearchIndex::ColumnCount)
+        return false;
+    std::vector<SearchIndex::Favourite> favourites;
+    bool read = false;
+    queue()->inDatabase([&](Database &db) {
+        auto rows = db.executeQuery(QStringLiteral("SELECT _id, verbid FROM favourite WHERE verbid IS NOT NULL"));
+        if (!rows)
+            return;
+        while (rows->next())
+            favourites.push_back({rows->longLongIntForColumn(QStringLiteral("_id")),
+                                  rows->longLongIntForColumn(QStringLiteral("verbid"))});
+        read = !rows->failed();
+    });
+    if (!read)
+        return false;
+    std::vector<SearchIndex::Hit> hits;
+    index->everyVerb(order, favourites, hits);
+    // Records are made when a row is shown: most of 6,000 never are.
+    QMap<QString, std::vector<SearchIndex::Hit>> sections;
+    for (const SearchIndex::Hit &hit : hits)
+        sections[index->listSection(hit, order)].push_back(hit);
+    QStringList keys = sections.keys();
+    sortKeys(keys);
+    if (keys != m_keys) {
+        m_keys = keys;
+        emit keysChanged();
+    }
+    std::vector<Row> flat;
+    flat.reserve(hits.size());
+    m_rowSources.reserve(hits.size());
+    for (const QString &key : std::as_const(m_keys)) {
+        const std::vector<SearchIndex::Hit> &inSection = sections[key];
+        m_verbs.insert(key, QList<VerbPtr>(qsizetype(inSection.size())));
+        for (size_t i = 0; i < inSection.size(); ++i) {
+            flat.push_back({nullptr, key});
+            m_rowSources.push_back({inSection[i], key, qsizetype(i)});
+        }
+    }
+    m_rowIndex = index;
+    reloadData(std::move(flat));
+    return true;
+}
+
+VerbPtr VerbListTableViewController::createRowVerb(int row) const
+{
+    if (!m_rowIndex || row < 0 || size_t(row) >= m_rowSources.size())
+        return nullptr;
+    const RowSource &source = m_rowSources[size_t(row)];
+    auto section = m_verbs.find(source.section);
+    if (section == m_verbs.end() || source.inSection >= section->size())
+        return nullptr;
+    VerbPtr &verb = (*section)[source.inSection];
+    if (!verb)
+        verb = m_rowIndex->listVerb(source.hit);
+    return verb;
+}
+
+const QMap<QString, QList<VerbPtr>> &VerbListTableViewController::verbs() const
+{
+    for (int row = 0; row < int(m_rowSources.size()); ++row)
+        verbAtRow(row);
+    return m_verbs;
 }
 
 int VerbListTableViewController::numberOfRowsInSection(int section) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "InterstitialTableViewController.h"
+#include "SearchIndex.h"
 
 #include <QMap>
 #include <QStringList>
@@ -25,7 +26,8 @@ public:
     void reload() override;
     SwipeAction *trailingSwipeAction(int row) override;
 
-    const QMap<QString, QList<VerbPtr>> &verbs() const { return m_verbs; }
+    // Every row's verb by section, each made when first needed.
+    const QMap<QString, QList<VerbPtr>> &verbs() const;
     const QStringList &keys() const { return m_keys; }
 
     Q_INVOKABLE int numberOfRowsInSection(int section) const;
@@ -33,6 +35,10 @@ public:
     Q_INVOKABLE int sectionForSectionIndexTitle(const QString &title) const;
     // The view row that starts the section of that index title, -1 when none.
     Q_INVOKABLE int firstRowForSectionIndexTitle(const QString &title) const;
+
+    // With the search index built, the rows come from memory; off, the list
+    // always runs its statement (the reference the index is checked against).
+    void setReadsFromIndex(bool reads) { m_readsFromIndex = reads; }
 
     // The column that orders the list and gives the section letters.
     static QString sortColumn(const Settings &settings, const QStringList &preferredLanguages);
@@ -47,8 +53,22 @@ private:
     bool toggleFavourite(const VerbPtr &verb);
     void verbFavouriteToggled(const Notification &notification);
 
-    QMap<QString, QList<VerbPtr>> m_verbs;
+    bool readFromIndex(const QString &column);
+    VerbPtr createRowVerb(int row) const override;
+
+    // Where a row read from the index finds its verb.
+    struct RowSource
+    {
+        SearchIndex::Hit hit;
+        QString section;
+        qsizetype inSection = 0;
+    };
+
+    mutable QMap<QString, QList<VerbPtr>> m_verbs;
+    std::vector<RowSource> m_rowSources;
+    std::shared_ptr<const SearchIndex> m_rowIndex;
     QStringList m_keys;
+    bool m_readsFromIndex = true;
 };
 
 } // namespace norvella

@@ -2,6 +2,7 @@
 #include "Database.h"
 #include "SearchIndex.h"
 #include "SearchResultsTableViewController.h"
+#include "VerbListTableViewController.h"
 #include "Settings.h"
 #include "TestSupport.h"
 
@@ -356,6 +357,56 @@ private slots:
         QVERIFY(compared >= 10000);
         // The texts are real pieces of the data, so most find something.
         QVERIFY2(nonEmpty > compared / 2, qPrintable(QString::number(nonEmpty)));
+    }
+
+    // The alphabetical list reads the same index: same rows, order, sections
+    // and fields as its own statement, for every sort column.
+    void listAnswersLikeTheStatement()
+    {
+        Searches searches;
+        QVERIFY(searches.prepare(*m_settings, m_queue));
+        QVERIFY(SearchIndex::readyFor(m_queue));
+        VerbListTableViewController fromIndex, fromStatement;
+        fromStatement.setReadsFromIndex(false);
+        for (auto *list : {&fromIndex, &fromStatement}) {
+            list->setSettings(m_settings.get());
+            list->setQueue(m_queue);
+        }
+        auto rows = [](const VerbListTableViewController &list) {
+            QStringList lines;
+            for (const QString &key : list.keys()) {
+                for (const VerbPtr &verb : list.verbs().value(key))
+                    lines << key + ' ' + describe(*verb) + ' ' + verb->simplified_italian + ' ' + verb->simplified_german
+                                    + ' ' + verb->simplified_french + ' ' + verb->simplified_spanish + ' '
+                                    + verb->simplified_dutch + ' ' + verb->simplified_portuguese + ' '
+                                    + (verb->voice_available ? "voice" : "mute");
+            }
+            return lines;
+        };
+        for (const bool sortByLang : {true, false}) {
+            for (const QString &language : Languages) {
+                apply(*m_settings, {false, false, false, sortByLang}, language);
+                fromIndex.reload();
+                fromStatement.reload();
+                // What the view reads, before anything has made the records.
+                auto shown = [](const VerbListTableViewController &list) {
+                    QStringList cells;
+                    for (int row = 0; row < list.rowCount(); row += 7) {
+                        const QModelIndex at = list.index(row);
+                        cells << list.data(at, VerbTableModel::ItalianRole).toString() + '|'
+                                        + list.data(at, VerbTableModel::TranslationRole).toString() + '|'
+                                        + list.data(at, VerbTableModel::SectionRole).toString() + '|'
+                                        + list.data(at, VerbTableModel::IsFavouriteRole).toString();
+                    }
+                    return cells;
+                };
+                QCOMPARE(shown(fromIndex), shown(fromStatement));
+                const QStringList expected = rows(fromStatement);
+                QVERIFY(expected.size() > 300);
+                QCOMPARE(rows(fromIndex), expected);
+                QCOMPARE(fromIndex.rowCount(), fromStatement.rowCount());
+            }
+        }
     }
 
     void favouritesAreReadAtEverySearch()
