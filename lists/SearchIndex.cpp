@@ -539,15 +539,8 @@ void SearchIndex::everyVerb(Column order, const std::vector<Favourite> &favourit
 VerbPtr SearchIndex::listVerb(const Hit &hit) const
 {
     const VerbRecord &record = m_verbs[hit.position];
-    auto verb = std::make_shared<Verb>();
-    verb->id = record.id;
+    VerbPtr verb = makeVerb(record, hit);
     verb->italian = record.italian;
-    verb->english = record.english;
-    verb->german = record.german;
-    verb->french = record.french;
-    verb->spanish = record.spanish;
-    verb->dutch = record.dutch;
-    verb->portuguese = record.portuguese;
     verb->simplified_italian = record.simplifiedItalian;
     verb->simplified_german = record.simplifiedGerman;
     verb->simplified_french = record.simplifiedFrench;
@@ -555,7 +548,6 @@ VerbPtr SearchIndex::listVerb(const Hit &hit) const
     verb->simplified_dutch = record.simplifiedDutch;
     verb->simplified_portuguese = record.simplifiedPortuguese;
     verb->voice_available = record.voiceAvailable;
-    verb->isFavourite = hit.isFavourite;
     return verb;
 }
 
@@ -617,22 +609,39 @@ void SearchIndex::publish(const std::shared_ptr<DatabaseQueue> &queue, std::shar
         entries.push_back({queue, std::move(index)});
 }
 
-VerbPtr SearchIndex::verb(const Hit &hit) const
+VerbPtr SearchIndex::makeVerb(const VerbRecord &record, const Hit &hit)
 {
-    const VerbRecord &record = m_verbs[hit.position];
     auto verb = std::make_shared<Verb>();
     verb->id = record.id;
-    verb->italian = record.loweredItalian;
     verb->english = record.english;
     verb->german = record.german;
     verb->french = record.french;
     verb->spanish = record.spanish;
     verb->dutch = record.dutch;
     verb->portuguese = record.portuguese;
-    // Every result counts as having a voice, whatever the column says.
-    verb->voice_available = true;
     verb->isFavourite = hit.isFavourite;
     return verb;
+}
+
+VerbPtr SearchIndex::verb(const Hit &hit) const
+{
+    const VerbRecord &record = m_verbs[hit.position];
+    VerbPtr verb = makeVerb(record, hit);
+    verb->italian = record.loweredItalian;
+    // Every result counts as having a voice, whatever the column says.
+    verb->voice_available = true;
+    return verb;
+}
+
+bool SearchIndex::readFavourites(Database &db, std::vector<Favourite> &favourites)
+{
+    auto rows = db.executeQuery(QStringLiteral("SELECT _id, verbid FROM favourite WHERE verbid IS NOT NULL"));
+    if (!rows)
+        return false;
+    while (rows->next())
+        favourites.push_back({rows->longLongIntForColumn(QStringLiteral("_id")),
+                              rows->longLongIntForColumn(QStringLiteral("verbid"))});
+    return !rows->failed();
 }
 
 } // namespace norvella

@@ -96,6 +96,8 @@ public:
     // title (the first character of the order column, upper-cased).
     VerbPtr listVerb(const Hit &hit) const;
     QString listSection(const Hit &hit, Column order) const;
+    // The favourite table as the statements join it; false when it cannot be read.
+    static bool readFavourites(Database &db, std::vector<Favourite> &favourites);
 
     // The index built for a queue, shared by every screen that reads it;
     // null until one is published. An index dies with its queue.
@@ -149,6 +151,7 @@ private:
         QString simplifiedItalian, simplifiedGerman, simplifiedFrench, simplifiedSpanish, simplifiedDutch,
                 simplifiedPortuguese;
     };
+    static VerbPtr makeVerb(const VerbRecord &record, const Hit &hit);
     void appendRows(const std::vector<quint32> &order, const std::vector<char> *matched,
                     const std::vector<Favourite> &favourites, bool grouped, std::vector<Hit> &hits) const;
 

@@ -187,6 +187,11 @@ void SearchResultsTableViewController::searchStatement(const QString &query, Dat
             verb->voice_available = true;
             m_verbs.append(verb);
         }
+        // A step can fail too, for one a pattern over SQLite's length limit.
+        if (rows->failed()) {
+            m_verbs.clear();
+            reportDatabaseError(DatabaseErrors::PerformingSearch, db);
+        }
         rows->close();
     } else {
         reportDatabaseError(DatabaseErrors::PerformingSearch, db);
@@ -197,15 +202,10 @@ void SearchResultsTableViewController::searchIndex(const SearchIndex &index, con
 {
     // Favourites change under the index, so their rows are read each time.
     std::vector<SearchIndex::Favourite> favourites;
-    auto rows = db.executeQuery(QStringLiteral("SELECT _id, verbid FROM favourite WHERE verbid IS NOT NULL"));
-    if (!rows) {
+    if (!SearchIndex::readFavourites(db, favourites)) {
         reportDatabaseError(DatabaseErrors::PerformingSearch, db);
         return;
     }
-    while (rows->next())
-        favourites.push_back({rows->longLongIntForColumn(QStringLiteral("_id")),
-                              rows->longLongIntForColumn(QStringLiteral("verbid"))});
-    rows->close();
     const auto outcome = index.search(queryFor(query, settings(), PreferredLanguages::get()), favourites, m_hits);
     if (outcome == SearchIndex::Outcome::PatternTooLong) {
         CrashLog::log(errorReport(DatabaseErrors::PerformingSearch, QStringLiteral("LIKE or GLOB pattern too complex"),

@@ -15,7 +15,7 @@ Control {
     Accessible.role: Accessible.Heading
     Accessible.name: section
 
-    background: Rectangle { color: "#F2F2F7" }
+    background: Rectangle { color: Theme.groupedBackground }
 
     contentItem: Label {
         text: header.section

@@ -132,15 +132,7 @@ bool VerbListTableViewController::readFromIndex(const QString &column)
         return false;
     std::vector<SearchIndex::Favourite> favourites;
     bool read = false;
-    queue()->inDatabase([&](Database &db) {
-        auto rows = db.executeQuery(QStringLiteral("SELECT _id, verbid FROM favourite WHERE verbid IS NOT NULL"));
-        if (!rows)
-            return;
-        while (rows->next())
-            favourites.push_back({rows->longLongIntForColumn(QStringLiteral("_id")),
-                                  rows->longLongIntForColumn(QStringLiteral("verbid"))});
-        read = !rows->failed();
-    });
+    queue()->inDatabase([&](Database &db) { read = SearchIndex::readFavourites(db, favourites); });
     if (!read)
         return false;
     std::vector<SearchIndex::Hit> hits;

@@ -431,10 +431,11 @@ private slots:
         QVERIFY(searches.prepare(*m_settings, m_queue));
         apply(*m_settings, {true, true, true, true}, "de");
         const qsizetype before = logOf(m_dir).count("LIKE or GLOB pattern too complex");
-        searches.index.search(QString(50000, QLatin1Char('a')));
+        // Both fail with the same line and show nothing.
+        QVERIFY(searches.compare(QString(50000, QLatin1Char('a'))).isEmpty());
         QVERIFY(searches.index.verbs().isEmpty());
         QCOMPARE(logOf(m_dir).count("An error occurred when performing search: LIKE or GLOB pattern too complex (1)"),
-                 before + 1);
+                 before + 2);
     }
 
     void withoutAnIndexTheStatementAnswers()
