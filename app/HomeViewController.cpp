@@ -141,6 +141,7 @@ template<typename T> T *HomeViewController::makeChild()
     child->setSettings(m_settings);
     child->setQueue(m_queue);
     connect(child, &VerbTableModel::showDetail, this, &HomeViewController::showVerb);
+    child->setHighlightedVerbId(m_padIdiom && m_detailVerb ? m_detailVerb->verbId() : -1);
     connect(child, &InterstitialTableViewController::analyticsEvent, this,
             [](const QString &name) { Analytics::shared().logEvent(name); });
     child->viewDidLoad();
@@ -219,6 +220,7 @@ void HomeViewController::showVerb(const VerbPtr &verb)
     VerbRef *previous = m_detailVerb;
     m_detailVerb = new VerbRef(verb, this);
     emit detailVerbChanged();
+    updateHighlight();
     emit showDetail();
     // Later, so a page still bound to it can move to the new one first.
     if (previous)
@@ -236,6 +238,18 @@ void HomeViewController::setPadIdiom(bool pad)
         return;
     m_padIdiom = pad;
     emit padIdiomChanged();
+    updateHighlight();
+}
+
+// Side by side, the lists mark the verb the detail column shows; stacked, the
+// list is behind the verb and a mark would only linger after going back.
+void HomeViewController::updateHighlight()
+{
+    const qint64 id = m_padIdiom && m_detailVerb ? m_detailVerb->verbId() : -1;
+    for (VerbTableModel *child : std::initializer_list<VerbTableModel *>{m_verbList, m_favourites, m_history, m_searchResults}) {
+        if (child)
+            child->setHighlightedVerbId(id);
+    }
 }
 
 void HomeViewController::optionsDidClose(bool fieldsChanged)

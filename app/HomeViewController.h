@@ -74,6 +74,8 @@ public:
     InterstitialTableViewController *currentChild() const { return m_currentChild; }
 
     QObject *detailVerb() const;
+    // Opens the detail column (or page) with this verb, as a tap on a row does.
+    void showVerb(const VerbPtr &verb);
     VerbPtr selectedSearchResult() const { return m_selectedSearchResult; }
     bool padIdiom() const { return m_padIdiom; }
     void setPadIdiom(bool pad);
@@ -117,7 +119,6 @@ private:
     void openTab(const Notification &notification);
     void applyHistoryRule();
     void updateCrashReportContext();
-    void showVerb(const VerbPtr &verb);
     Settings &settings() const;
 
     std::shared_ptr<DatabaseQueue> m_queue;
@@ -134,6 +135,8 @@ private:
     SearchResultsTableViewController *m_searchResults = nullptr;
     InterstitialTableViewController *m_currentChild = nullptr;
     VerbPtr m_selectedSearchResult;
+    void updateHighlight();
+
     VerbRef *m_detailVerb = nullptr;
 };
 

@@ -18,8 +18,15 @@ Page {
     header: NavigationBar {
         title: L10n.text("moreapps")
         ToolButton {
+            id: closeButton
             icon.source: "qrc:/norvella/icons/clear.svg"
             icon.color: Theme.barText
+            hoverEnabled: false
+            // The bar is the button's backdrop; only a press shows.
+            background: Rectangle {
+                radius: 6
+                color: closeButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
+            }
             width: Theme.minimumTouchTarget
             height: Theme.minimumTouchTarget
             Accessible.name: L10n.text("action.close")

@@ -85,9 +85,13 @@ bool openVerb(QQuickWindow *window, AppDelegate &delegate, const QString &italia
         std::fprintf(stderr, "norvella: no verb \"%s\" in the database\n", qPrintable(italian));
         return false;
     }
-    window->setProperty("selectedVerb", QVariant::fromValue<QObject *>(new VerbRef(verb, window)));
-    if (!window->property("regularWidth").toBool())
-        QMetaObject::invokeMethod(window, "pushDetail");
+    // The path a tap on a list row takes: the home screen shows the verb.
+    auto *home = window->findChild<HomeViewController *>(QStringLiteral("homeViewController"));
+    if (!home) {
+        std::fprintf(stderr, "norvella: the home screen is missing\n");
+        return false;
+    }
+    home->showVerb(verb);
     const QString detailName = window->property("regularWidth").toBool() ? QStringLiteral("detailColumn")
                                                                           : QStringLiteral("detailPage");
     QObject *detail = window->findChild<QObject *>(detailName);

@@ -15,11 +15,14 @@ SwipeDelegate {
     required property string italian
     required property string translation
     required property bool isFavourite
+    required property double verbId
     readonly property VerbTableModel table: ListView.view ? ListView.view.model : null
     property bool swipeEnabled: false
     property real separatorInset: 16
     property real trailingInset: 0
     property SwipeAction swipeAction: null
+    // The verb open in the detail column beside the list.
+    readonly property bool current: table !== null && table.highlightedVerbId === verbId
 
     width: ListView.view ? ListView.view.width : implicitWidth
     leftPadding: 16
@@ -103,7 +106,7 @@ SwipeDelegate {
     }
 
     background: Rectangle {
-        color: cell.down ? Theme.separator : Theme.background
+        color: cell.down ? Theme.separator : cell.current ? Theme.pressed : Theme.background
 
         Rectangle {
             x: cell.separatorInset

@@ -33,6 +33,8 @@ QVariant VerbTableModel::data(const QModelIndex &index, int role) const
         return verb.isFavourite;
     case SectionRole:
         return row.section;
+    case VerbIdRole:
+        return verb.id;
     default:
         return {};
     }
@@ -45,6 +47,7 @@ QHash<int, QByteArray> VerbTableModel::roleNames() const
         {TranslationRole, "translation"},
         {IsFavouriteRole, "isFavourite"},
         {SectionRole, "section"},
+        {VerbIdRole, "verbId"},
     };
 }
 
@@ -68,6 +71,14 @@ void VerbTableModel::setQueueObject(QObject *object)
     m_queue = DatabaseQueueRef::from(object);
     m_queueObject = m_queue ? object : nullptr;
     emit queueChanged();
+}
+
+void VerbTableModel::setHighlightedVerbId(qint64 id)
+{
+    if (id == m_highlightedVerbId)
+        return;
+    m_highlightedVerbId = id;
+    emit highlightedVerbIdChanged();
 }
 
 Settings &VerbTableModel::settings() const

@@ -29,6 +29,9 @@ class VerbTableModel : public QAbstractListModel
     // The database queue (a DatabaseQueueRef); without one nothing is read.
     Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    // The verb the detail column shows beside the list, -1 for none.
+    // (A double for QML, which has no 64-bit integer; ids stay far below 2^53.)
+    Q_PROPERTY(double highlightedVerbId READ highlightedVerbIdForQml NOTIFY highlightedVerbIdChanged)
 
 public:
     enum Role {
@@ -36,6 +39,7 @@ public:
         TranslationRole,
         IsFavouriteRole,
         SectionRole,
+        VerbIdRole,
     };
     Q_ENUM(Role)
 
@@ -45,6 +49,9 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
     int count() const { return int(m_rows.size()); }
+    qint64 highlightedVerbId() const { return m_highlightedVerbId; }
+    double highlightedVerbIdForQml() const { return double(m_highlightedVerbId); }
+    void setHighlightedVerbId(qint64 id);
 
     const std::shared_ptr<DatabaseQueue> &queue() const { return m_queue; }
     void setQueue(std::shared_ptr<DatabaseQueue> queue);
@@ -68,6 +75,7 @@ public:
 signals:
     void queueChanged();
     void countChanged();
+    void highlightedVerbIdChanged();
     // A row was chosen: the detail column should show this verb.
     void showDetail(const norvella::VerbPtr &verb);
 
@@ -98,6 +106,7 @@ private:
     std::shared_ptr<DatabaseQueue> m_queue;
     QPointer<QObject> m_queueObject;
     Settings *m_settings = nullptr;
+    qint64 m_highlightedVerbId = -1;
 };
 
 } // namespace norvella
