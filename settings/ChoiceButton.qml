@@ -9,6 +9,12 @@ ItemDelegate {
     required property var choices
     required property int choiceIndex
     property bool separatorAbove: choiceIndex > 0
+    // A choice that loses the user's data for good, such as clearing the history.
+    property bool destructive: false
+    // The red of the lists' delete swipe, so the warning reads the same everywhere;
+    // darker when pressed to stay readable on the pressed grey.
+    readonly property color deleteRed: "#C62828"
+    readonly property color destructiveColor: Qt.darker(deleteRed, down ? 1.2 : 1)
     signal picked(int index)
 
     visible: choiceIndex < choices.length
@@ -20,13 +26,13 @@ ItemDelegate {
 
     contentItem: Label {
         text: choice.text
-        color: Theme.primary
+        color: choice.destructive ? choice.destructiveColor : Theme.primary
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.WordWrap
     }
     background: Rectangle {
-        color: choice.down ? "#E5E5EA" : "transparent"
+        color: choice.down ? Theme.pressed : "transparent"
         Rectangle {
             visible: choice.separatorAbove
             width: parent.width

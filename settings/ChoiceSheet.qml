@@ -65,6 +65,7 @@ Popup {
                     choices: sheet.choices
                     choiceIndex: 0
                     separatorAbove: sheet.title.length > 0
+                    destructive: sheet.kind === "clearHistory"
                     onPicked: index => sheet.pick(index)
                 }
                 ChoiceButton {
@@ -136,7 +137,7 @@ Popup {
             }
             background: Rectangle {
                 radius: 12
-                color: cancelButton.down ? "#E5E5EA" : Theme.background
+                color: cancelButton.down ? Theme.pressed : Theme.background
             }
         }
     }

@@ -28,7 +28,7 @@ Control {
         clip: true
         color: Theme.primary
         border.width: 1
-        border.color: "#E5E5EA"
+        border.color: Theme.pressed
         Accessible.role: Accessible.Graphic
         Accessible.name: about.controller.appTitle
 

@@ -26,7 +26,7 @@ Control {
     signal segmentSelected(int section, int row, int segment)
     signal tapped(int section, int row)
 
-    readonly property color groupColor: "#F2F2F7"
+    readonly property color groupColor: Theme.groupedBackground
     readonly property int sideMargin: 16
     readonly property bool wide: width >= 560
 

@@ -17,7 +17,7 @@ Button {
         elide: Text.ElideRight
     }
     background: Rectangle {
-        color: segment.checked ? Theme.segmentTint : (segment.down ? "#E5E5EA" : Theme.background)
+        color: segment.checked ? Theme.segmentTint : (segment.down ? Theme.pressed : Theme.background)
         border.color: Theme.segmentTint
         border.width: 1
         radius: 6

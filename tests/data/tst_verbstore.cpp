@@ -33,24 +33,20 @@ private slots:
         const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
         QCOMPARE(result.outcome, VerbStore::Outcome::Ready);
         QVERIFY(result.copied);
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT italian FROM verb WHERE _id = 1")),
-                 QStringList{QStringLiteral("andare")});
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT count(*) FROM favourite")),
-                 QStringList{QStringLiteral("0")});
+        QCOMPARE(column("SELECT italian FROM verb WHERE _id = 1"), QStringList{"andare"});
+        QCOMPARE(column("SELECT count(*) FROM favourite"), QStringList{"0"});
         QCOMPARE(Settings(m_settings->filePath()).stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("1.0"));
 
         // Same version, copy present: nothing is copied again.
         QVERIFY(test::runSql(working(), QStringLiteral("INSERT INTO favourite(verbid) VALUES (2)")));
         const auto again = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
         QVERIFY(!again.copied);
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT verbid FROM favourite")),
-                 QStringList{QStringLiteral("2")});
+        QCOMPARE(column("SELECT verbid FROM favourite"), QStringList{"2"});
 
         // Same version, copy gone: a fresh copy, with nothing to carry over.
         QVERIFY(QFile::remove(working()));
         QVERIFY(VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master).copied);
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT count(*) FROM favourite")),
-                 QStringList{QStringLiteral("0")});
+        QCOMPARE(column("SELECT count(*) FROM favourite"), QStringList{"0"});
     }
 
     void updateCarriesOverFavouritesAndWholeSecondHistory()
@@ -65,12 +61,10 @@ private slots:
         QCOMPARE(result.outcome, VerbStore::Outcome::Ready);
         QVERIFY(result.copied);
         // The row that only the old copy had is gone: the master replaced it.
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT count(*) FROM verb WHERE _id = 99")),
-                 QStringList{QStringLiteral("0")});
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT verbid FROM favourite ORDER BY verbid")),
-                 (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT verbid || ':' || timestamp FROM history ORDER BY _id")),
-                 (QStringList{QStringLiteral("1:1700000000.0"), QStringLiteral("3:1700000100.0")}));
+        QCOMPARE(column("SELECT count(*) FROM verb WHERE _id = 99"), QStringList{"0"});
+        QCOMPARE(column("SELECT verbid FROM favourite ORDER BY verbid"), (QStringList{"1", "3"}));
+        QCOMPARE(column("SELECT verbid || ':' || timestamp FROM history ORDER BY _id"),
+                 (QStringList{"1:1700000000.0", "3:1700000100.0"}));
         QCOMPARE(m_settings->stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("1.1"));
     }
 
@@ -119,13 +113,11 @@ private slots:
         QVERIFY(!VerbStore::isHealthy(working()));
 
         QVERIFY(VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master).copied);
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT verbid FROM favourite")),
-                 QStringList{QStringLiteral("5")});
-        QCOMPARE(test::querySingleColumn(working(), QStringLiteral("SELECT timestamp FROM history")),
-                 QStringList{QStringLiteral("10.0")});
+        QCOMPARE(column("SELECT verbid FROM favourite"), QStringList{"5"});
+        QCOMPARE(column("SELECT timestamp FROM history"), QStringList{"10.0"});
     }
 
-    void failedHistoryReadKeepsFavourites()
+    void carryOverFailures()
     {
         const QString old = m_dir->filePath(QStringLiteral("old.db"));
         QVERIFY(test::createFixtureDatabase(old, QStringLiteral("INSERT INTO favourite(verbid) VALUES (1), (2); DROP TABLE history;")));
@@ -135,27 +127,24 @@ private slots:
         QFile log(CrashLog::logFilePath());
         QVERIFY(log.open(QIODevice::ReadOnly));
         QVERIFY(log.readAll().contains("An error occurred when reading migration settings: no such table: history (1)"));
-    }
 
-    void firstFailedInsertEndsTheCarryOver()
-    {
+        // The first failed insert ends the carry-over.
         const QString target = m_dir->filePath(QStringLiteral("target.db"));
         QVERIFY(test::createFixtureDatabase(target, QStringLiteral(
                 "CREATE TRIGGER refuse BEFORE INSERT ON favourite WHEN NEW.verbid = 2 "
                 "BEGIN SELECT RAISE(ABORT, 'refused'); END;")));
         DatabaseQueue queue(target);
-        CarryOver carryOver;
-        carryOver.favourites = {1, 2, 3};
-        carryOver.history = {{1, 100}};
-        VerbStore::insertCarryOver(queue, carryOver);
-        QCOMPARE(test::querySingleColumn(target, QStringLiteral("SELECT verbid FROM favourite")),
-                 QStringList{QStringLiteral("1")});
-        QCOMPARE(test::querySingleColumn(target, QStringLiteral("SELECT count(*) FROM history")),
-                 QStringList{QStringLiteral("0")});
+        CarryOver refused;
+        refused.favourites = {1, 2, 3};
+        refused.history = {{1, 100}};
+        VerbStore::insertCarryOver(queue, refused);
+        QCOMPARE(test::querySingleColumn(target, "SELECT verbid FROM favourite"), QStringList{"1"});
+        QCOMPARE(test::querySingleColumn(target, "SELECT count(*) FROM history"), QStringList{"0"});
     }
 
 private:
     QString working() const { return VerbStore::workingCopyPath(m_docs); }
+    QStringList column(const QString &sql) const { return test::querySingleColumn(working(), sql); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<Settings> m_settings;

@@ -1,6 +1,5 @@
 #include "DatabaseQueue.h"
 #include "DatabaseQueueRef.h"
-#include "DesktopMail.h"
 #include "NotificationCenter.h"
 #include "OptionsTableViewController.h"
 #include "Settings.h"
@@ -9,23 +8,11 @@
 #include "Verb.h"
 
 #include <QAbstractItemModelTester>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 using namespace norvella;
 using Roles = OptionsTableViewController::Role;
-
-namespace {
-// A QML-like delegate: records the calls it receives.
-class Delegate : public QObject
-{
-    Q_OBJECT
-public:
-    QList<bool> calls;
-    Q_INVOKABLE void optionsDidClose(bool fieldsChanged) { calls << fieldsChanged; }
-};
-} // namespace
 
 class OptionsTest : public QObject
 {
@@ -35,10 +22,11 @@ private slots:
     void init()
     {
         QVERIFY(m_dir.isValid());
+        m_tester.reset();
+        m_controller.reset(new OptionsTableViewController);
         m_settingsPath = m_dir.filePath("settings.json");
         QFile::remove(m_settingsPath);
         m_settings.reset(new Settings(m_settingsPath));
-        m_controller.reset(new OptionsTableViewController);
         m_controller->setSettings(m_settings.get());
         m_tester.reset(new QAbstractItemModelTester(m_controller.get(),
                                                     QAbstractItemModelTester::FailureReportingMode::QtTest));
@@ -46,98 +34,41 @@ private slots:
         Strings::shared().selectLanguage({"en-GB"});
     }
 
-    void cleanup()
-    {
-        m_tester.reset();
-        m_controller.reset();
-        OptionsTableViewController::setAnalyticsCollectionHandler({});
-        OptionsTableViewController::setAnalyticsEventHandler({});
-    }
-
-    void layoutIsFourSectionsOfShrinkingLength()
-    {
-        QCOMPARE(OptionsTableViewController::numberOfRowsInSection(1), 3);
-        QCOMPARE(OptionsTableViewController::numberOfRowsInSection(4), 0);
-        QCOMPARE(m_controller->rowCount(), 10);
-        QStringList types;
-        for (int row = 0; row < 10; ++row)
-            types << value(row, Roles::CellTypeRole).toString();
-        QCOMPARE(types, (QStringList{"switch", "segment", "segment", "switch", "segment", "detail", "detail",
-                                     "switch", "detail", "switch"}));
-        QCOMPARE(value(4, Roles::SectionRole).toInt(), 1);
-        QVERIFY(value(4, Roles::FirstInSectionRole).toBool());
-        QVERIFY(value(6, Roles::LastInSectionRole).toBool());
-        QVERIFY(!value(5, Roles::LastInSectionRole).toBool());
-    }
-
-    void headersAndFooters()
-    {
-        QCOMPARE(m_controller->sectionHeader(0), Strings::text("settings.search"));
-        QCOMPARE(m_controller->sectionHeader(3), Strings::text("settings.analytics"));
-        QCOMPARE(m_controller->sectionFooter(0), Strings::text("settings.conjugations.info"));
-        QVERIFY(m_controller->sectionFooter(1).isEmpty());
-        QCOMPARE(m_controller->sectionFooter(2), Strings::text("settings.history_info").arg(50));
-        QCOMPARE(m_controller->sectionFooter(3), Strings::text("settings.analytics.info"));
-        QCOMPARE(value(7, Roles::SectionFooterRole).toString(), m_controller->sectionFooter(2));
-    }
+    void cleanup() { OptionsTableViewController::setAnalyticsCollectionHandler({}); }
 
     void rowsShowTheStoreWithItsDefaults()
     {
-        QVERIFY(!m_settings->contains(SettingsKeys::IncludeEnglish));
+        // Switches show on/off, segments their index and the other rows their detail.
         QCOMPARE(states(), QStringLiteral("off|0|1|off|1|Automatic|100%|on||on"));
         // Values of the wrong type read like absent ones.
         m_settings->setString(SettingsKeys::SortByLang, "no");
-        m_settings->setString(SettingsKeys::UseHistory, "no");
         m_settings->setString(SettingsKeys::IncludeConjugations, "yes");
-        m_settings->setString(SettingsKeys::ShowTranslated, "no");
         m_settings->setString(SettingsKeys::SearchFrom, "X");
         QCOMPARE(states(), QStringLiteral("off|1|1|off|1|Automatic|100%|on||on"));
-        m_settings->setBool(SettingsKeys::ShowTranslated, false);
         m_settings->setBool(SettingsKeys::SortByLang, false);
         m_settings->setBool(SettingsKeys::AnalyticsCollectionEnabled, false);
-        QCOMPARE(states(), QStringLiteral("off|1|0|off|0|Automatic|100%|on||off"));
-    }
-
-    void languageNames_data()
-    {
-        QTest::addColumn<QVariant>("stored");
-        QTest::addColumn<QString>("detailKey");
-        QTest::addColumn<QString>("includeKey");
-        const QString automatic = "settings.translations.automatic";
-        QTest::newRow("absent") << QVariant() << automatic << "settings.translations.english";
-        QTest::newRow("en") << QVariant("en") << "settings.translations.english" << "settings.translations.english";
-        QTest::newRow("fr") << QVariant("fr") << "settings.translations.french" << "settings.translations.french";
-        QTest::newRow("de") << QVariant("de") << "settings.translations.german" << "settings.translations.german";
-        QTest::newRow("es") << QVariant("es") << "settings.translations.spanish" << "settings.translations.spanish";
-        QTest::newRow("pt") << QVariant("pt") << "settings.translations.portuguese" << "settings.translations.portuguese";
-        QTest::newRow("it") << QVariant("it") << "settings.translations.italian" << "settings.translations.italian";
-        QTest::newRow("nl") << QVariant("nl") << "settings.translations.dutch" << "settings.translations.dutch";
-        QTest::newRow("tr") << QVariant("tr") << "settings.translations.turkish" << "settings.translations.turkish";
-        QTest::newRow("unknown") << QVariant("xx") << "settings.translations.english" << "settings.translations.english";
+        m_settings->setDouble(SettingsKeys::AudioSpeed, 0.333);
+        QCOMPARE(states(), QStringLiteral("off|1|0|off|1|Automatic|33%|on||off"));
     }
 
     void languageNames()
     {
-        QFETCH(QVariant, stored);
-        QFETCH(QString, detailKey);
-        QFETCH(QString, includeKey);
-        m_settings->setObject(SettingsKeys::TranslationLanguage, stored);
-        QCOMPARE(value(5, Roles::DetailRole).toString(), Strings::text(detailKey));
-        QCOMPARE(value(0, Roles::LabelRole).toString(),
-                 Strings::text("settings.includeenglish").arg(Strings::text(includeKey)));
+        // Stored code and preferred language: the row's detail, and the language "Include English" names.
+        const QList<std::tuple<QVariant, QString, QString, QString>> cases{
+                {QVariant(), "pt-BR", "automatic", "portuguese"},
+                {QVariant(), "tr-TR", "automatic", "english"}, // never the automatic choice
+                {QVariant("fr"), "en-GB", "french", "french"},
+                {QVariant("xx"), "en-GB", "english", "english"}};
+        for (const auto &[stored, preferred, detail, included] : cases) {
+            PreferredLanguages::setOverride({preferred});
+            m_settings->setObject(SettingsKeys::TranslationLanguage, stored);
+            QCOMPARE(value(5, Roles::DetailRole).toString(), Strings::text("settings.translations." + detail));
+            QCOMPARE(value(0, Roles::LabelRole).toString(),
+                     Strings::text("settings.includeenglish").arg(Strings::text("settings.translations." + included)));
+        }
     }
 
-    void includeEnglishNamesTheLanguageInEffect()
-    {
-        PreferredLanguages::setOverride({"pt-BR"});
-        QCOMPARE(value(0, Roles::LabelRole).toString(),
-                 Strings::text("settings.includeenglish").arg(Strings::text("settings.translations.portuguese")));
-        // Turkish is never the automatic choice.
-        PreferredLanguages::setOverride({"tr-TR"});
-        QVERIFY(value(0, Roles::LabelRole).toString().contains(Strings::text("settings.translations.english")));
-    }
-
-    void switchesAndSegmentsWriteAndSave()
+    void controlsWriteAndSave()
     {
         m_controller->switchToggled(0, 0, true);
         m_controller->switchToggled(0, 3, true);
@@ -145,100 +76,39 @@ private slots:
         m_controller->segmentChanged(0, 2, 0);
         m_controller->segmentChanged(1, 0, 1);
         // What a restart would read back.
-        Settings reread(m_settingsPath);
-        QCOMPARE(reread.objectForKey(SettingsKeys::IncludeEnglish), QVariant(true));
-        QCOMPARE(reread.objectForKey(SettingsKeys::IncludeConjugations), QVariant(true));
-        QCOMPARE(reread.objectForKey(SettingsKeys::SearchFrom), QVariant("W"));
-        QCOMPARE(reread.objectForKey(SettingsKeys::SortByLang), QVariant(false));
-        QCOMPARE(reread.objectForKey(SettingsKeys::ShowTranslated), QVariant(true));
+        const Settings reread(m_settingsPath);
+        QVariantList stored;
+        for (const QString &key : {SettingsKeys::IncludeEnglish, SettingsKeys::IncludeConjugations, SettingsKeys::SearchFrom,
+                                   SettingsKeys::SortByLang, SettingsKeys::ShowTranslated})
+            stored << reread.objectForKey(key);
+        QCOMPARE(stored, (QVariantList{true, true, "W", false, true}));
         m_controller->segmentChanged(0, 1, 0);
-        QCOMPARE(m_settings->objectForKey(SettingsKeys::SearchFrom), QVariant("S"));
-        QCOMPARE(value(1, Roles::SegmentIndexRole).toInt(), 0);
-    }
 
-    void controlsElsewhereWriteNothingButCountAsChange()
-    {
-        QSignalSpy changed(m_controller.get(), &OptionsTableViewController::fieldsChangedChanged);
-        m_controller->switchToggled(1, 1, true);
-        m_controller->segmentChanged(5, 0, 1);
-        QVERIFY(!m_settings->contains(SettingsKeys::IncludeEnglish));
-        QVERIFY(!m_settings->contains(SettingsKeys::SearchFrom));
-        QVERIFY(m_controller->fieldsChanged());
-        QCOMPARE(changed.count(), 1);
-    }
-
-    void historySwitchPostsItsNewState()
-    {
-        QList<QVariant> objects;
+        // The history switch tells the lists; the analytics one the service.
+        QList<QVariant> historyStates;
         ObserverSet observers;
-        observers.add(Notifications::HistoryFeatureToggled, [&](const Notification &n) { objects << n.object; });
+        observers.add(Notifications::HistoryFeatureToggled, [&](const Notification &n) { historyStates << n.object; });
+        QList<bool> collection;
+        OptionsTableViewController::setAnalyticsCollectionHandler([&](bool on) { collection << on; });
         m_controller->switchToggled(2, 0, false);
-        m_controller->switchToggled(2, 0, true);
-        QCOMPARE(objects, (QList<QVariant>{QVariant(false), QVariant(true)}));
-        QCOMPARE(objects.first().metaType().id(), int(QMetaType::Bool));
-        QCOMPARE(m_settings->objectForKey(SettingsKeys::UseHistory), QVariant(true));
-    }
-
-    void analyticsSwitchReachesTheService()
-    {
-        QList<bool> switched;
-        OptionsTableViewController::setAnalyticsCollectionHandler([&](bool on) { switched << on; });
-        QSignalSpy signal(m_controller.get(), &OptionsTableViewController::analyticsCollectionChanged);
         m_controller->switchToggled(3, 0, false);
-        QCOMPARE(switched, QList<bool>{false});
-        QCOMPARE(signal.count(), 1);
-        QCOMPARE(m_settings->objectForKey(SettingsKeys::AnalyticsCollectionEnabled), QVariant(false));
-        QCOMPARE(value(9, Roles::CheckedRole).toBool(), false);
-
-        QList<QString> events;
-        OptionsTableViewController::setAnalyticsEventHandler([&](const QString &name, const QVariantMap &parameters) {
-            QVERIFY(parameters.isEmpty());
-            events << name;
-        });
-        m_controller->viewDidAppear();
-        QCOMPARE(events, QList<QString>{"settings"});
+        QCOMPARE(historyStates, QList<QVariant>{QVariant(false)});
+        QCOMPARE(collection, QList<bool>{false});
+        QCOMPARE(states(), QStringLiteral("on|0|0|on|1|Automatic|100%|off||off"));
     }
 
-    void speedSheet_data()
+    void sheetChoicesAreStored()
     {
-        QTest::addColumn<int>("choice");
-        QTest::addColumn<int>("storedType");
-        QTest::addColumn<double>("stored");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("100%") << 0 << int(QMetaType::LongLong) << 1.0 << "100%";
-        QTest::newRow("75%") << 1 << int(QMetaType::Double) << 0.75 << "75%";
-        QTest::newRow("50%") << 2 << int(QMetaType::Double) << 0.5 << "50%";
-        QTest::newRow("25%") << 3 << int(QMetaType::Double) << 0.25 << "25%";
-    }
+        const QString speed = OptionsTableViewController::SpeedSheet;
+        QCOMPARE(m_controller->sheetChoices(speed), (QStringList{"100%", "75%", "50%", "25%"}));
+        m_controller->choose(speed, 3);
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::AudioSpeed), QVariant(0.25));
+        QCOMPARE(value(6, Roles::DetailRole).toString(), QStringLiteral("25%"));
+        // Normal speed is stored as an integer.
+        m_controller->choose(speed, 0);
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::AudioSpeed).metaType().id(), int(QMetaType::LongLong));
 
-    void speedSheet()
-    {
-        QFETCH(int, choice);
-        QFETCH(int, storedType);
-        QFETCH(double, stored);
-        QFETCH(QString, shown);
-        const QString sheet = OptionsTableViewController::SpeedSheet;
-        QCOMPARE(m_controller->sheetChoices(sheet), (QStringList{"100%", "75%", "50%", "25%"}));
-        m_controller->choose(sheet, choice);
-        const QVariant value = Settings(m_settingsPath).objectForKey(SettingsKeys::AudioSpeed);
-        QCOMPARE(value.metaType().id(), storedType);
-        QCOMPARE(value.toDouble(), stored);
-        QCOMPARE(this->value(6, Roles::DetailRole).toString(), shown);
-        QVERIFY(m_controller->fieldsChanged());
-    }
-
-    void speedDetailCutsToWholePercent()
-    {
-        m_settings->setDouble(SettingsKeys::AudioSpeed, 0.333);
-        QCOMPARE(value(6, Roles::DetailRole).toString(), QStringLiteral("33%"));
-        m_settings->setDouble(SettingsKeys::AudioSpeed, -1);
-        QCOMPARE(value(6, Roles::DetailRole).toString(), QStringLiteral("100%"));
-    }
-
-    void languageSheet()
-    {
         const QString sheet = OptionsTableViewController::LanguageSheet;
-        QVERIFY(m_controller->sheetTitle(sheet).isEmpty());
         QCOMPARE(m_controller->sheetChoices(sheet).join(u','),
                  QStringLiteral("Automatic,English,Dutch,French,German,Italian,Portuguese,Spanish"));
         const QStringList codes{QString(), "en", "nl", "fr", "de", "it", "pt", "es"};
@@ -248,31 +118,12 @@ private slots:
             QCOMPARE(reread.contains(SettingsKeys::TranslationLanguage), !codes[i].isEmpty());
             QCOMPARE(reread.stringForKey(SettingsKeys::TranslationLanguage), codes[i]);
         }
-        QCOMPARE(value(5, Roles::DetailRole).toString(), Strings::text("settings.translations.automatic"));
         // Cancelling is not a choice.
         m_controller->viewWillAppear();
         m_controller->choose(sheet, 8);
         QVERIFY(!m_controller->fieldsChanged());
-    }
-
-    void rowsOpenTheirSheets()
-    {
-        QSignalSpy sheets(m_controller.get(), &OptionsTableViewController::sheetRequested);
-        for (int section = 0; section < 4; ++section) {
-            for (int row = 0; row < OptionsTableViewController::numberOfRowsInSection(section); ++row)
-                m_controller->rowTapped(section, row);
-        }
-        QCOMPARE(sheets.count(), 3);
-        QCOMPARE(sheets.at(0).first().toString(), OptionsTableViewController::LanguageSheet);
-        QCOMPARE(sheets.at(1).first().toString(), OptionsTableViewController::SpeedSheet);
-        QCOMPARE(sheets.at(2).first().toString(), OptionsTableViewController::ClearHistorySheet);
-        QCOMPARE(sheets.at(2).at(1).toInt(), 2);
-        QCOMPARE(m_controller->sheetTitle(OptionsTableViewController::ClearHistorySheet),
-                 Strings::text("settings.history_items_clear"));
-        QCOMPARE(m_controller->sheetChoices(OptionsTableViewController::ClearHistorySheet),
-                 QStringList{Strings::text("settings.history_clear_yes")});
-        QCOMPARE(m_controller->sheetCancelText(OptionsTableViewController::ClearHistorySheet),
-                 Strings::text("settings.history_cancel"));
+        // Without a delegate to tell, Done leaves the screen up.
+        QVERIFY(!m_controller->close());
     }
 
     void clearingTheHistory()
@@ -286,95 +137,20 @@ private slots:
         m_controller->setQueueObject(&ref);
         int refreshes = 0;
         ObserverSet observers;
-        observers.add(Notifications::RefreshHistory, [&](const Notification &n) {
-            QVERIFY(!n.object.isValid());
-            ++refreshes;
-        });
+        observers.add(Notifications::RefreshHistory, [&](const Notification &) { ++refreshes; });
         m_controller->choose(OptionsTableViewController::ClearHistorySheet, 0);
         QCOMPARE(refreshes, 1);
         QCOMPARE(test::querySingleColumn(db, "SELECT count(*) FROM history"), QStringList{"0"});
         QCOMPARE(test::querySingleColumn(db, "SELECT count(*) FROM favourite"), QStringList{"1"});
         // Clearing is not a settings change.
         QVERIFY(!m_controller->fieldsChanged());
-        // The connection was closed after the turn; the queue opens it again.
-        bool readable = false;
-        queue->inDatabase([&](Database &d) { readable = d.executeQuery("SELECT 1") != nullptr; });
-        QVERIFY(readable);
-    }
 
-    void failedClearIsOnlyAConsoleLine()
-    {
-        const QString db = m_dir.filePath("nohistory.db");
-        QVERIFY(test::runSql(db, "CREATE TABLE verb(_id INTEGER PRIMARY KEY);"));
-        m_controller->setQueue(std::make_shared<DatabaseQueue>(db));
-        int refreshes = 0;
-        ObserverSet observers;
-        observers.add(Notifications::RefreshHistory, [&](const Notification &) { ++refreshes; });
+        // A failed clear is only a console line; the lists still refresh.
+        QVERIFY(test::runSql(db, "DROP TABLE history;"));
+        queue->inDatabase([](Database &d) { d.close(); });
         QTest::ignoreMessage(QtWarningMsg, "Unable to delete favourites");
         m_controller->clearHistory();
-        QCOMPARE(refreshes, 1);
-    }
-
-    void closingTellsTheDelegate()
-    {
-        Delegate delegate;
-        QSignalSpy dismiss(m_controller.get(), &OptionsTableViewController::dismissRequested);
-        QSignalSpy closed(m_controller.get(), &OptionsTableViewController::optionsDidClose);
-        // Without a delegate the screen stays.
-        QVERIFY(!m_controller->close());
-        QCOMPARE(dismiss.count(), 0);
-
-        m_controller->setDelegate(&delegate);
-        m_controller->viewWillAppear();
-        QVERIFY(m_controller->close());
-        QCOMPARE(dismiss.count(), 1);
-        m_controller->didDismiss();
-        QCOMPARE(delegate.calls, QList<bool>{false});
-        QCOMPARE(closed.count(), 1);
-        QCOMPARE(closed.first().first().toBool(), false);
-
-        // Any switch change counts, even when set back.
-        m_controller->viewWillAppear();
-        m_controller->switchToggled(0, 0, true);
-        m_controller->switchToggled(0, 0, false);
-        m_controller->close();
-        m_controller->didDismiss();
-        QCOMPARE(delegate.calls, (QList<bool>{false, true}));
-
-        // Shown again, the flag starts over.
-        m_controller->viewWillAppear();
-        QVERIFY(!m_controller->fieldsChanged());
-        m_controller->close();
-        m_controller->didDismiss();
-        QCOMPARE(delegate.calls, (QList<bool>{false, true, false}));
-    }
-
-    void aboutBlock()
-    {
-        QCOMPARE(m_controller->copyright(), Strings::text("settings.copyright"));
-        const QUrl web(m_controller->webUrl());
-        QVERIFY(web.isValid() && !web.scheme().isEmpty());
-    }
-
-    void supportMailSenderIsReplacedOnEachTap()
-    {
-        QObject screen;
-        m_controller->setPresenter(&screen);
-        DesktopMail::Platform previous = DesktopMail::platform();
-        int runs = 0;
-        DesktopMail::platform().findMailCommand = [] { return QStringLiteral("/usr/bin/xdg-email"); };
-        DesktopMail::platform().run = [&](const QString &, const QStringList &, std::function<void(bool)> done) {
-            ++runs;
-            done(true);
-        };
-        m_controller->sendSupportEmail();
-        QPointer<SupportEmailSender> first = m_controller->supportEmailSender();
-        QVERIFY(first);
-        QCOMPARE(first->sender(), &screen);
-        m_controller->sendSupportEmail();
-        QVERIFY(m_controller->supportEmailSender() != first.data());
-        QCOMPARE(runs, 2);
-        DesktopMail::platform() = previous;
+        QCOMPARE(refreshes, 2);
     }
 
 private:
