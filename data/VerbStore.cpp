@@ -165,8 +165,12 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
     if (exists) {
         if (damaged) {
             // Keep the damaged file: it may still hold something worth rescuing by hand.
-            const QString aside = working + QStringLiteral(".corrupt-")
+            const QString stamp = working + QStringLiteral(".corrupt-")
                     + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+            // Two damaged copies within a second must not collide.
+            QString aside = stamp;
+            for (int n = 2; QFile::exists(aside); ++n)
+                aside = stamp + QLatin1Char('-') + QString::number(n);
             if (!QFile::rename(working, aside)) {
                 result.error = QStringLiteral("could not move the damaged %1 aside").arg(working);
                 return result;

@@ -91,16 +91,19 @@ private slots:
     void garbageWorkingCopyIsMovedAsideAndReplaced()
     {
         QVERIFY(VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master).copied);
-        QFile file(working());
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(QByteArray(8192, 'x'));
-        file.close();
+        // Twice in a row, within the same second: each damaged copy is kept.
+        for (int round = 1; round <= 2; ++round) {
+            QFile file(working());
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(QByteArray(8192, 'x'));
+            file.close();
 
-        const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
-        QCOMPARE(result.outcome, VerbStore::Outcome::Ready);
-        QVERIFY(result.copied);
-        QVERIFY(VerbStore::isHealthy(working()));
-        QCOMPARE(QDir(m_docs).entryList({QStringLiteral("verbs.db.corrupt-*")}).size(), 1);
+            const auto result = VerbStore::prepare(*m_settings, QStringLiteral("1.0"), m_docs, m_master);
+            QCOMPARE(result.outcome, VerbStore::Outcome::Ready);
+            QVERIFY(result.copied);
+            QVERIFY(VerbStore::isHealthy(working()));
+            QCOMPARE(QDir(m_docs).entryList({QStringLiteral("verbs.db.corrupt-*")}).size(), round);
+        }
     }
 
     void damagedCopyStillGivesUpTheRowsItCanRead()
