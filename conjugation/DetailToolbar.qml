@@ -8,7 +8,6 @@ ToolBar {
 
     property url favouriteIcon
     property string favouriteName
-    property bool favourite: false
 
     signal favouriteClicked()
     signal exportClicked()
@@ -28,7 +27,8 @@ ToolBar {
         anchors.leftMargin: 8
         anchors.verticalCenter: parent.verticalCenter
         icon.source: toolbar.favouriteIcon
-        icon.color: toolbar.favourite ? Theme.secondary : Theme.primary
+        // The same green as the star on a favourite's row in the lists.
+        icon.color: Theme.primary
         Accessible.name: toolbar.favouriteName
         onClicked: toolbar.favouriteClicked()
     }

@@ -15,7 +15,7 @@ Button {
     padding: 0
     display: AbstractButton.IconOnly
     icon.source: speaking ? "qrc:/norvella/icons/pause.svg" : "qrc:/norvella/icons/play.svg"
-    icon.color: Theme.progressTint
+    icon.color: Theme.primary
     icon.width: 16
     icon.height: 16
     background: null
@@ -26,8 +26,8 @@ Button {
         anchors.centerIn: parent
         width: 34
         height: 34
-        tintColor: Theme.progressTint
-        trackColor: Theme.progressTrack
+        tintColor: Theme.primary
+        trackColor: Theme.pressed
     }
 
     Rectangle {

@@ -49,7 +49,6 @@ Page {
         visible: controller.toolbarVisible
         favouriteIcon: controller.favouriteIcon
         favouriteName: controller.favouriteName
-        favourite: controller.isFavourite
         onFavouriteClicked: controller.toggleFavourite()
         onExportClicked: screen.exportRequested(screen.verb)
     }

@@ -24,8 +24,6 @@ class Appearance : public QObject
     Q_PROPERTY(QColor separator READ separator CONSTANT)
     Q_PROPERTY(QColor groupedBackground READ groupedBackground CONSTANT)
     Q_PROPERTY(QColor pressed READ pressed CONSTANT)
-    Q_PROPERTY(QColor progressTint READ progressTint CONSTANT)
-    Q_PROPERTY(QColor progressTrack READ progressTrack CONSTANT)
     Q_PROPERTY(QColor placeholderBackground READ placeholderBackground CONSTANT)
     Q_PROPERTY(QColor placeholderBorder READ placeholderBorder CONSTANT)
     Q_PROPERTY(int minimumTouchTarget READ minimumTouchTarget CONSTANT)
@@ -49,9 +47,6 @@ public:
     // Behind grouped lists, whose rows and cards use the plain background.
     QColor groupedBackground() const { return QColor(0xF2, 0xF2, 0xF7); }
     QColor pressed() const { return QColor(0xE5, 0xE5, 0xEA); }
-    // The play ring: a blue of its own, so it does not read as a brand bar.
-    QColor progressTint() const { return QColor(0x01, 0x55, 0xB3); }
-    QColor progressTrack() const { return QColor(0xE1, 0xE8, 0xF2); }
     // The "choose a verb" prompt: just off the white page, with a soft edge.
     QColor placeholderBackground() const { return QColor(0xFC, 0xFC, 0xFC); }
     QColor placeholderBorder() const { return QColor(0xCC, 0xCC, 0xCC); }

@@ -1,7 +1,8 @@
-// The whole window, loaded as the app loads it, at phone and tablet sizes and
-// driven through tabs, search, a verb, a swipe and a resize: any QML warning fails.
+// The whole window, loaded as the app loads it, at phone and tablet sizes and driven through
+// tabs, search, a verb, a swipe and a resize: any QML warning fails.
 // NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
 #include "AppDelegate.h"
+#include "ConjugationServices.h"
 #include "CrashLog.h"
 #include "HomeViewController.h"
 #include "QmlLoadHarness.h"
@@ -13,8 +14,6 @@
 #include <QTemporaryDir>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <functional>
-
 Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
@@ -24,19 +23,6 @@ Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
 
 using namespace norvella;
 
-namespace {
-QQuickItem *findItem(const QList<QQuickItem *> &items, const std::function<bool(QQuickItem *)> &match)
-{
-    const auto it = std::find_if(items.begin(), items.end(), match);
-    return it == items.end() ? nullptr : *it;
-}
-
-bool isRow(QQuickItem *item, const QString &italian)
-{
-    return item->inherits("QQuickSwipeDelegate") && item->property("italian").toString() == italian;
-}
-} // namespace
-
 class ScreensTest : public QObject
 {
     Q_OBJECT
@@ -44,6 +30,7 @@ class ScreensTest : public QObject
 private:
     test::QmlScreen *m_qml = nullptr;
     QQuickWindow *m_window = nullptr;
+    int m_shownEvents = 0;
 
     // A synchronous frame; a named step is kept as a picture.
     void render(const char *step = nullptr)
@@ -53,14 +40,13 @@ private:
         QVERIFY(!test::grab(m_window, name).isNull());
     }
 
+    // The conjugation screen in the detail column or on the pushed page.
     bool detailShows(const QString &italian)
     {
-        // The conjugation screen in the detail column or on the pushed page.
         for (QObject *object : m_window->findChildren<QObject *>()) {
-            if (object->objectName() != QLatin1String("detailColumn") && object->objectName() != QLatin1String("detailPage"))
-                continue;
             const VerbPtr verb = VerbRef::from(object->property("verb").value<QObject *>());
-            if (verb && verb->italian == italian && object->property("visible").toBool())
+            if (object->objectName().startsWith(QLatin1String("detail")) && verb && verb->italian == italian
+                && object->property("visible").toBool())
                 return true;
         }
         return false;
@@ -75,24 +61,25 @@ private:
         render();
     }
 
-    // Whether a visible row of this model shows the verb.
-    bool showsRow(const QObject *model, const QString &italian)
+    // A visible (or any) row showing the verb, of this model if one is given.
+    QQuickItem *row(const QString &italian, const QObject *model = nullptr, bool visibleOnly = true)
     {
-        return findItem(m_qml->items(), [&](QQuickItem *item) {
-            return isRow(item, italian) && item->property("table").value<QObject *>() == model;
-        });
-    }
-
-    void swipeRow(const QPointF &from)
-    {
-        QTest::mousePress(m_window, Qt::LeftButton, {}, from.toPoint());
-        for (int step = 1; step <= 12; ++step)
-            QTest::mouseMove(m_window, (from - QPointF(step * 20, 0)).toPoint());
-        QTest::mouseRelease(m_window, Qt::LeftButton, {}, (from - QPointF(240, 0)).toPoint());
+        for (QQuickItem *item : m_qml->items(visibleOnly)) {
+            if (item->inherits("QQuickSwipeDelegate") && item->property("italian").toString() == italian
+                && (!model || item->property("table").value<QObject *>() == model))
+                return item;
+        }
+        return nullptr;
     }
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        ConjugationServices::setEventHandler([this](const QString &name, const QVariantMap &) {
+            m_shownEvents += name == QLatin1String("select_content");
+        });
+    }
 
     void homeScreenLoadsWithoutWarnings_data()
     {
@@ -105,10 +92,7 @@ private slots:
     {
         QFETCH(QSize, size);
         QTemporaryDir dir;
-        LaunchEnvironment environment;
-        environment.documentsDirectory = dir.filePath("docs");
-        environment.masterPath = dir.filePath("master.db");
-        environment.appVersion = QStringLiteral("1.0");
+        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
         QVERIFY(QDir().mkpath(environment.documentsDirectory));
         // Enough verbs under "Z" for the list to scroll.
         QString moreVerbs;
@@ -131,54 +115,54 @@ private slots:
             m_window = qml.window.get();
             QVERIFY(m_window);
             render();
-
             auto *home = qml.find<HomeViewController>("homeViewController");
-            QVERIFY(home && home->verbListTableViewController());
-            QCOMPARE(home->verbListTableViewController()->rowCount(), 45);
+            auto *list = home ? home->verbListTableViewController() : nullptr;
+            QVERIFY(list);
+            QCOMPARE(list->rowCount(), 45);
             QCOMPARE(delegate.collapsed(), size.width() < 700);
 
-            // A row of the list opens the verb.
-            auto *list = home->verbListTableViewController();
+            // A row of the list opens the verb, and that counts as one view: the
+            // hidden column of a narrow window must not show it too.
+            m_shownEvents = 0;
             list->selectRow(0);
+            waitForPages();
             render("detail");
             QVERIFY(detailShows(list->verbAtRow(0)->italian));
-            waitForPages();
+            QCOMPARE(Preferences::numberOfVerbsViewed(Settings::standard()), 1);
+            QCOMPARE(m_shownEvents, 1);
             QTest::keyClick(m_window, Qt::Key_Escape);
             waitForPages();
 
             // Pressing the bottom of the letter index jumps to the last section.
             const int columnWidth = size.width() < 700 ? size.width() : 410;
-            QQuickItem *listView = findItem(qml.items(false), [&](QQuickItem *item) {
+            const QList<QQuickItem *> all = qml.items(false);
+            const auto listView = std::find_if(all.begin(), all.end(), [&](QQuickItem *item) {
                 return item->inherits("QQuickListView") && item->property("model").value<QObject *>() == list;
             });
-            QVERIFY(listView);
-            QCOMPARE(listView->property("contentY").toReal(), 0.0);
-            const QPoint indexBottom(columnWidth - 10, size.height() - 90);
-            QTest::mousePress(m_window, Qt::LeftButton, {}, indexBottom);
-            QTest::mouseRelease(m_window, Qt::LeftButton, {}, indexBottom);
+            QVERIFY(listView != all.end());
+            QTest::mouseClick(m_window, Qt::LeftButton, {}, QPoint(columnWidth - 10, size.height() - 90));
             render("index-jump");
-            const qreal top = listView->property("contentY").toReal();
-            QVERIFY(top > 0);
             int rowAtTop = -1;
-            QVERIFY(QMetaObject::invokeMethod(listView, "indexAt", Q_RETURN_ARG(int, rowAtTop), Q_ARG(qreal, 100),
-                                              Q_ARG(qreal, top + 40)));
+            QVERIFY(QMetaObject::invokeMethod(*listView, "indexAt", Q_RETURN_ARG(int, rowAtTop), Q_ARG(qreal, 100),
+                                              Q_ARG(qreal, (*listView)->property("contentY").toReal() + 40)));
             QCOMPARE(list->verbAtRow(rowAtTop)->italian, QStringLiteral("zappare100"));
-            listView->setProperty("contentY", 0);
+            (*listView)->setProperty("contentY", 0);
             render();
 
             // Mark a favourite by swiping its row and tapping the action, then visit every tab.
-            swipeRow(QPointF(300, 190));
-            const QString second = list->verbAtRow(1)->italian;
-            QQuickItem *row = findItem(qml.items(false), [&](QQuickItem *item) { return isRow(item, second); });
-            QVERIFY(row);
-            QTRY_VERIFY(row->property("swipe").value<QObject *>()->property("complete").toBool());
-            render("swiped");
+            const QPointF from(300, 190);
+            QTest::mousePress(m_window, Qt::LeftButton, {}, from.toPoint());
+            for (int step = 1; step <= 12; ++step)
+                QTest::mouseMove(m_window, (from - QPointF(step * 20, 0)).toPoint());
+            QTest::mouseRelease(m_window, Qt::LeftButton, {}, (from - QPointF(240, 0)).toPoint());
+            QQuickItem *swiped = row(list->verbAtRow(1)->italian, nullptr, false);
+            QTRY_VERIFY(swiped && swiped->property("swipe").value<QObject *>()->property("complete").toBool());
             QTest::mouseClick(m_window, Qt::LeftButton, {}, QPoint(columnWidth - 60, 209));
             render("favourite-marked");
             QVERIFY(list->verbAtRow(1)->isFavourite);
             home->showTab(HomeViewController::FavouritesTab);
             render("favourites");
-            QVERIFY(showsRow(home->favouritesTableViewController(), "andare"));
+            QVERIFY(row("andare", home->favouritesTableViewController()));
             home->showTab(HomeViewController::HistoryTab);
             render();
             home->showTab(HomeViewController::ListTab);
@@ -189,9 +173,8 @@ private slots:
             field->forceActiveFocus();
             field->setProperty("text", QStringLiteral("and"));
             render();
-            QCOMPARE(home->searchResultsController()->query(), QStringLiteral("and"));
             QCOMPARE(home->searchResultsController()->rowCount(), 1);
-            QVERIFY(showsRow(home->searchResultsController(), "andare"));
+            QVERIFY(row("andare", home->searchResultsController()));
             home->searchResultsController()->selectRow(0);
             waitForPages();
             render("search-result-chosen");
@@ -203,14 +186,6 @@ private slots:
             m_window->resize(size);
             render();
             QVERIFY(detailShows(QStringLiteral("andare")));
-
-            emit delegate.focusSearchRequested();
-            render();
-            QVERIFY(field->hasActiveFocus());
-            field->setProperty("text", QString());
-            render();
-            m_window = nullptr;
-            m_qml = nullptr;
         }
         QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
     }

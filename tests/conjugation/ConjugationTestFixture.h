@@ -43,10 +43,9 @@ public:
     ~ConjugationFixture()
     {
         screen.reset();
-        if (current() == this)
+        if (current() == this) // the next test's fixture may be made before this one goes
             current() = nullptr;
     }
-    // The next test's fixture is made before the last one goes.
     static ConjugationFixture *&current()
     {
         static ConjugationFixture *fixture = nullptr;
@@ -77,8 +76,7 @@ public:
         next->setQueue(queue);
         next->setSelectedVerb(verb);
         next->viewDidLoad();
-        screen = std::move(next);
-        return *screen;
+        return *(screen = std::move(next));
     }
 
     QString databasePath() const { return dir.filePath(QStringLiteral("verbs.db")); }
@@ -91,20 +89,19 @@ public:
     bool run(const QString &sql) const { return runSql(databasePath(), sql); }
 
     // A verb as a list screen hands it over: the row's fields, no forms yet.
-    static VerbPtr verb(qint64 id, const QString &italian, const QString &english, const QString &german = {})
+    static VerbPtr verb(qint64 id, const char *italian, const char *english, const char *german = "")
     {
         auto verb = std::make_shared<Verb>();
         verb->id = id;
-        verb->italian = italian;
-        verb->simplified_italian = italian;
-        verb->english = english;
-        verb->german = german;
+        verb->italian = verb->simplified_italian = QString::fromUtf8(italian);
+        verb->english = QString::fromUtf8(english);
+        verb->german = QString::fromUtf8(german);
         return verb;
     }
-    static VerbPtr andare() { return verb(1, QStringLiteral("andare"), QStringLiteral("to go"), QStringLiteral("gehen")); }
-    static VerbPtr alzarsi() { return verb(5, QStringLiteral("alzarsi"), QStringLiteral("to get up")); }
-    static VerbPtr provare() { return verb(7, QStringLiteral("provare"), QStringLiteral("to try")); }
-    static VerbPtr zittire() { return verb(8, QStringLiteral("zittire"), QStringLiteral("to silence")); }
+    static VerbPtr andare() { return verb(1, "andare", "to go", "gehen"); }
+    static VerbPtr alzarsi() { return verb(5, "alzarsi", "to get up"); }
+    static VerbPtr provare() { return verb(7, "provare", "to try"); }
+    static VerbPtr zittire() { return verb(8, "zittire", "to silence"); }
 
     QTemporaryDir dir;
     bool ready = false;
