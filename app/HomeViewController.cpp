@@ -1,5 +1,7 @@
 #include "HomeViewController.h"
 
+#include <QTimer>
+
 #include "Analytics.h"
 #include "CrashLog.h"
 #include "DatabaseQueueRef.h"
@@ -10,6 +12,10 @@
 #include <QUrl>
 
 namespace norvella {
+
+namespace {
+constexpr int IndexBuildDelayMs = 600;
+}
 
 HomeViewController::HomeViewController(QObject *parent) : QObject(parent) {}
 
@@ -66,8 +72,10 @@ void HomeViewController::viewDidLoad()
     m_searchResults->setSettings(m_settings);
     m_searchResults->setDelegate(this);
     m_searchResults->setQueue(m_queue);
-    // Ready by the time anyone types; until then the statement answers.
-    m_searchResults->prepareIndex();
+    // Ready by the time anyone types; until then the statement answers. It
+    // starts once the first frame is likely out, so it does not compete with
+    // building the window for the CPU.
+    QTimer::singleShot(IndexBuildDelayMs, m_searchResults, &SearchResultsTableViewController::prepareIndex);
     emit searchResultsControllerChanged();
     updateCrashReportContext();
 

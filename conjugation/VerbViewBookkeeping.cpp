@@ -60,10 +60,9 @@ bool readConjugations(Database &db, Verb &verb)
     return true;
 }
 
-bool writeHistory(Database &db, const Settings &settings, qint64 verbId, double timestamp)
+namespace {
+bool writeHistoryRows(Database &db, qint64 verbId, double timestamp)
 {
-    if (!Preferences::useHistory(settings))
-        return true;
     if (!db.executeUpdate(QStringLiteral("DELETE FROM history WHERE verbid=?"), {verbId}))
         return false;
     if (!db.executeUpdate(QStringLiteral("INSERT INTO history(verbid, timestamp) VALUES(?, ?)"), {verbId, timestamp}))
@@ -82,6 +81,23 @@ bool writeHistory(Database &db, const Settings &settings, qint64 verbId, double 
     }
     rows->close();
     return true;
+}
+} // namespace
+
+// One transaction: a crash between the steps cannot lose the verb's entry,
+// and the disk is synced once per view instead of once per statement.
+bool writeHistory(Database &db, const Settings &settings, qint64 verbId, double timestamp)
+{
+    if (!Preferences::useHistory(settings))
+        return true;
+    if (!db.executeUpdate(QStringLiteral("BEGIN IMMEDIATE")))
+        return false;
+    if (!writeHistoryRows(db, verbId, timestamp)) {
+        // A successful rollback leaves the step's error for the report.
+        db.executeUpdate(QStringLiteral("ROLLBACK"));
+        return false;
+    }
+    return db.executeUpdate(QStringLiteral("COMMIT"));
 }
 
 void loadTurn(Database &db, const Settings &settings, Verb &verb)
