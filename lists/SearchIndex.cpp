@@ -551,30 +551,23 @@ VerbPtr SearchIndex::listVerb(const Hit &hit) const
     return verb;
 }
 
+const QString SearchIndex::VerbRecord::*const SearchIndex::recordText[ColumnCount] = {
+        &VerbRecord::italian,           &VerbRecord::simplifiedItalian,   &VerbRecord::english,
+        &VerbRecord::german,            &VerbRecord::simplifiedGerman,    &VerbRecord::french,
+        &VerbRecord::simplifiedFrench,  &VerbRecord::spanish,             &VerbRecord::simplifiedSpanish,
+        &VerbRecord::dutch,             &VerbRecord::simplifiedDutch,     &VerbRecord::portuguese,
+        &VerbRecord::simplifiedPortuguese,
+};
+
 QString SearchIndex::listSection(const Hit &hit, Column order) const
 {
-    const VerbRecord &record = m_verbs[hit.position];
-    const QString *text = nullptr;
-    switch (order) {
-    case Italian: text = &record.italian; break;
-    case SimplifiedItalian: text = &record.simplifiedItalian; break;
-    case English: text = &record.english; break;
-    case German: text = &record.german; break;
-    case SimplifiedGerman: text = &record.simplifiedGerman; break;
-    case French: text = &record.french; break;
-    case SimplifiedFrench: text = &record.simplifiedFrench; break;
-    case Spanish: text = &record.spanish; break;
-    case SimplifiedSpanish: text = &record.simplifiedSpanish; break;
-    case Dutch: text = &record.dutch; break;
-    case SimplifiedDutch: text = &record.simplifiedDutch; break;
-    case Portuguese: text = &record.portuguese; break;
-    case SimplifiedPortuguese: text = &record.simplifiedPortuguese; break;
-    case ColumnCount: break;
-    }
-    if (!text || text->isEmpty())
+    if (order == ColumnCount)
+        return {};
+    const QString &text = m_verbs[hit.position].*recordText[order];
+    if (text.isEmpty())
         return {};
     // substr(column, 1, 1) takes one character, which may be two UTF-16 units.
-    return text->left(text->at(0).isHighSurrogate() ? 2 : 1).toUpper();
+    return text.left(text.at(0).isHighSurrogate() ? 2 : 1).toUpper();
 }
 
 namespace {

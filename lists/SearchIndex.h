@@ -104,8 +104,6 @@ public:
     static std::shared_ptr<const SearchIndex> readyFor(const std::shared_ptr<DatabaseQueue> &queue);
     static void publish(const std::shared_ptr<DatabaseQueue> &queue, std::shared_ptr<const SearchIndex> index);
 
-    qsizetype verbCount() const { return qsizetype(m_verbs.size()); }
-    qsizetype formCount() const { return qsizetype(m_forms.owner.size()); }
 
     // LIKE as SQLite evaluates it without an ESCAPE clause, on text that is
     // already ASCII-lower-cased on both sides. Exposed for tests.
@@ -151,6 +149,8 @@ private:
         QString simplifiedItalian, simplifiedGerman, simplifiedFrench, simplifiedSpanish, simplifiedDutch,
                 simplifiedPortuguese;
     };
+    // The record's text for each column, by the column's position.
+    static const QString VerbRecord::*const recordText[ColumnCount];
     static VerbPtr makeVerb(const VerbRecord &record, const Hit &hit);
     void appendRows(const std::vector<quint32> &order, const std::vector<char> *matched,
                     const std::vector<Favourite> &favourites, bool grouped, std::vector<Hit> &hits) const;

@@ -105,10 +105,10 @@ SearchResultsTableViewController::Statement SearchResultsTableViewController::st
 
 void SearchResultsTableViewController::prepareIndex()
 {
-    if (!queue() || m_indexQueue == queue().get())
+    if (!queue() || m_indexQueue.lock() == queue())
         return;
     m_index.reset();
-    m_indexQueue = queue().get();
+    m_indexQueue = queue();
     if (m_cancelBuild)
         *m_cancelBuild = true;
     m_cancelBuild = std::make_shared<std::atomic_bool>(false);
@@ -141,7 +141,7 @@ bool SearchResultsTableViewController::waitForIndex()
 
 const SearchIndex *SearchResultsTableViewController::readyIndex()
 {
-    if (m_indexQueue != queue().get())
+    if (m_indexQueue.lock() != queue())
         prepareIndex();
     if (!m_index && m_indexBuild.isValid() && m_indexBuild.isFinished()) {
         m_index = m_indexBuild.result();

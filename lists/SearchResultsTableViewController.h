@@ -82,7 +82,7 @@ private:
     QFuture<std::shared_ptr<const SearchIndex>> m_indexBuild;
     std::shared_ptr<std::atomic_bool> m_cancelBuild;
     // The queue the index was built from; a new queue needs a new index.
-    const DatabaseQueue *m_indexQueue = nullptr;
+    std::weak_ptr<DatabaseQueue> m_indexQueue;
 };
 
 } // namespace norvella
