@@ -7,6 +7,7 @@
 #include "NotificationCenter.h"
 #include "ShortcutChannel.h"
 #include "Settings.h"
+#include "Strings.h"
 #include "VerbStore.h"
 
 #include <QCoreApplication>
@@ -63,6 +64,15 @@ void AppDelegate::startRemoteConfig()
 
 bool AppDelegate::prepareDatabase()
 {
+    if (m_environment.documentsDirectory.isEmpty()) {
+        // Nothing is written anywhere: without a home there is no safe place
+        // for the user's rows, and the file system root is not one.
+        m_status = Status::FatalError;
+        m_fatalError = QStringLiteral("Norvella cannot start: HOME is not set, so there is no folder to keep "
+                                      "your favourites and history in. Set HOME and start it again.");
+        CrashLog::log(m_fatalError);
+        return false;
+    }
     const VerbStore::Result result = VerbStore::prepare(m_settings, m_environment.appVersion,
                                                         m_environment.documentsDirectory, m_environment.masterPath);
     switch (result.outcome) {
@@ -75,9 +85,14 @@ bool AppDelegate::prepareDatabase()
     case VerbStore::Outcome::Failed:
         // The app still opens, with empty lists, and the next launch tries again.
         CrashLog::log(QStringLiteral("Unable to initialise database ") + result.error);
+        m_launchNotice = Strings::text(QStringLiteral("data.unavailable")).arg(result.error);
         m_queue.reset();
         return true;
     case VerbStore::Outcome::Ready:
+        if (result.repaired)
+            m_launchNotice = Strings::text(QStringLiteral("data.repaired"))
+                                     .arg(result.keptFavourites)
+                                     .arg(result.keptHistory);
         m_queue = std::make_shared<DatabaseQueue>(VerbStore::workingCopyPath(m_environment.documentsDirectory));
         m_queueRef = new DatabaseQueueRef(m_queue, this);
         emit queueChanged();

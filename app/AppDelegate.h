@@ -59,6 +59,9 @@ public:
     const RemoteConfig &remoteConfig() const { return m_remoteConfig; }
     const LaunchEnvironment &environment() const { return m_environment; }
     bool hasInternetConnection() const { return m_hasInternetConnection; }
+    // What the user is told once about this launch's data: a repair, or data
+    // that could not be opened. Empty on an ordinary launch.
+    const QString &launchNotice() const { return m_launchNotice; }
 
     bool collapsed() const { return m_collapsed; }
     void setCollapsed(bool collapsed);
@@ -84,6 +87,7 @@ private:
     DatabaseQueueRef *m_queueRef = nullptr;
     Status m_status = Status::NotLaunched;
     QString m_fatalError;
+    QString m_launchNotice;
     bool m_collapsed = false;
     bool m_hasInternetConnection = false;
 };

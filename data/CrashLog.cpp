@@ -1,6 +1,7 @@
 #include "CrashLog.h"
 
 #include "Database.h"
+#include "VerbStore.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -39,7 +40,7 @@ QString CrashLog::logFilePath()
 {
     auto &s = state();
     if (!s.pathChosen) {
-        const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+        const QString dir = VerbStore::documentsDirectory();
         s.path = dir.isEmpty() ? QString() : dir + QStringLiteral("/norvella.log");
         s.pathChosen = true;
     }

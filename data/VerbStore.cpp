@@ -1,6 +1,7 @@
 #include "VerbStore.h"
 
 #include "CrashLog.h"
+#include "FaultInjection.h"
 #include "Settings.h"
 
 #include <QCoreApplication>
@@ -8,14 +9,56 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QStandardPaths>
 
-#include <sqlite3.h>
+#include <algorithm>
 
 namespace norvella {
 
+namespace {
+
+// How long a launch waits for another one that is preparing the same copy.
+constexpr int PreparationLockWaitMs = 60000;
+constexpr char MovedAsideInfix[] = ".corrupt-";
+
+// Keeps the newest damaged copy for inspection and deletes older ones: each
+// is as large as the database.
+void pruneMovedAside(const QString &working, int keep)
+{
+    const QFileInfo info(working);
+    QFileInfoList aside = QDir(info.absolutePath())
+                                  .entryInfoList({info.fileName() + QLatin1String(MovedAsideInfix) + QLatin1Char('*')},
+                                                 QDir::Files, QDir::Time);
+    for (qsizetype i = keep; i < aside.size(); ++i)
+        QFile::remove(aside.at(i).absoluteFilePath());
+}
+
+// Keeps the damaged file beside the new one without ever leaving the working
+// copy's name empty: a link (or a copy) first, the rename of the new copy after.
+void keepDamagedCopy(const QString &working)
+{
+    pruneMovedAside(working, 0);
+    const QString stamp = working + QLatin1String(MovedAsideInfix)
+            + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    if (!QFile::link(working, stamp) && !QFile::copy(working, stamp))
+        CrashLog::log(QStringLiteral("Could not keep the damaged %1 aside").arg(working));
+    // QFile::link makes a symbolic link; the damaged bytes must outlive the rename.
+    if (QFileInfo(stamp).isSymLink()) {
+        QFile::remove(stamp);
+        if (!QFile::copy(working, stamp))
+            CrashLog::log(QStringLiteral("Could not keep the damaged %1 aside").arg(working));
+    }
+}
+
+} // namespace
+
 QString VerbStore::documentsDirectory()
 {
+    // Without a home, Qt would fall back to the file system root, and a
+    // launch by root would scatter the database there.
+    if (qEnvironmentVariableIsEmpty("HOME") && qEnvironmentVariableIsEmpty("XDG_DATA_HOME"))
+        return {};
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
@@ -46,85 +89,10 @@ QString VerbStore::findMasterDatabase()
 
 bool VerbStore::isHealthy(const QString &path, QString *problem)
 {
-    sqlite3 *db = nullptr;
-    bool healthy = false;
-    QString why;
-    if (sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
-        why = db ? QString::fromUtf8(sqlite3_errmsg(db)) : QStringLiteral("cannot open");
-    } else {
-        sqlite3_stmt *statement = nullptr;
-        if (sqlite3_prepare_v2(db, "PRAGMA quick_check", -1, &statement, nullptr) != SQLITE_OK) {
-            why = QString::fromUtf8(sqlite3_errmsg(db));
-        } else if (sqlite3_step(statement) != SQLITE_ROW) {
-            why = QString::fromUtf8(sqlite3_errmsg(db));
-        } else {
-            const auto *answer = reinterpret_cast<const char *>(sqlite3_column_text(statement, 0));
-            healthy = answer && qstrcmp(answer, "ok") == 0;
-            if (!healthy)
-                why = QString::fromUtf8(answer ? answer : "no answer");
-        }
-        sqlite3_finalize(statement);
-        if (healthy) {
-            // A valid but foreign SQLite file would pass the check and then
-            // fail every screen's query.
-            healthy = sqlite3_table_column_metadata(db, nullptr, "verb", "italian", nullptr, nullptr, nullptr,
-                                                    nullptr, nullptr)
-                    == SQLITE_OK;
-            if (!healthy)
-                why = QStringLiteral("no verb table");
-        }
-    }
-    sqlite3_close_v2(db);
+    const WorkingCopy::Inspection inspection = WorkingCopy::inspect(path);
     if (problem)
-        *problem = why;
-    return healthy;
-}
-
-CarryOver VerbStore::readCarryOver(const QString &path)
-{
-    CarryOver carryOver;
-    DatabaseQueue queue(path);
-    queue.inDatabase([&](Database &db) {
-        auto favourites = db.executeQuery(QStringLiteral("SELECT verbid FROM favourite WHERE verbid is not null"));
-        if (!favourites) {
-            reportDatabaseError(DatabaseErrors::ReadingMigration, db);
-            return;
-        }
-        while (favourites->next())
-            carryOver.favourites << favourites->intForColumn(QStringLiteral("verbid"));
-        favourites->close();
-
-        auto history = db.executeQuery(QStringLiteral("SELECT verbid, timestamp FROM history"));
-        if (!history) {
-            reportDatabaseError(DatabaseErrors::ReadingMigration, db);
-            return;
-        }
-        // Read as whole seconds on purpose: the fraction is not carried over.
-        while (history->next())
-            carryOver.history << qMakePair(history->intForColumn(QStringLiteral("verbid")),
-                                           history->intForColumn(QStringLiteral("timestamp")));
-        history->close();
-    });
-    return carryOver;
-}
-
-void VerbStore::insertCarryOver(DatabaseQueue &queue, const CarryOver &carryOver)
-{
-    queue.inDatabase([&](Database &db) {
-        for (int verbId : carryOver.favourites) {
-            if (!db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verbId})) {
-                reportDatabaseError(DatabaseErrors::InsertingMigration, db);
-                return;
-            }
-        }
-        for (const auto &[verbId, timestamp] : carryOver.history) {
-            if (!db.executeUpdate(QStringLiteral("INSERT INTO history(verbid, timestamp) VALUES(?, ?)"),
-                                  {verbId, timestamp})) {
-                reportDatabaseError(DatabaseErrors::InsertingMigration, db);
-                return;
-            }
-        }
-    });
+        *problem = inspection.problem;
+    return inspection.healthy;
 }
 
 VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersion,
@@ -132,28 +100,50 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
 {
     Result result;
     if (documentsDirectory.isEmpty()) {
-        result.error = QStringLiteral("no documents directory");
+        result.error = QStringLiteral("there is no folder for the user's data (HOME is not set)");
         return result;
     }
-    QDir().mkpath(documentsDirectory);
     const QString working = workingCopyPath(documentsDirectory);
-    const bool exists = QFileInfo::exists(working);
-    const bool sameVersion = Preferences::installedVersion(settings) == appVersion;
+    if (!WorkingCopy::pathFitsSqlite(working, &result.error))
+        return result;
+    if (!QDir().mkpath(documentsDirectory)) {
+        result.error = QStringLiteral("could not create the data folder %1").arg(documentsDirectory);
+        return result;
+    }
 
-    bool damaged = false;
-    if (sameVersion && exists) {
-        QString problem;
-        if (isHealthy(working, &problem)) {
+    QLockFile lock(working + QStringLiteral(".lock"));
+    if (!lock.tryLock(PreparationLockWaitMs)) {
+        result.error = QStringLiteral("another Norvella is still preparing %1").arg(working);
+        return result;
+    }
+    // A replacement left half-built by a kill is never used.
+    const QString replacement = working + QStringLiteral(".new");
+    for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+        QFile::remove(replacement + suffix);
+    pruneMovedAside(working, 1);
+
+    const int dataVersion = WorkingCopy::encodeVersion(appVersion);
+    const bool exists = QFileInfo(working).isFile();
+    WorkingCopy::Inspection inspection;
+    if (exists) {
+        inspection = WorkingCopy::inspect(working);
+        const bool sameVersion = inspection.userVersion == dataVersion
+                // A copy from before the version lived in the file: trust the setting once.
+                || (inspection.userVersion == 0 && Preferences::installedVersion(settings) == appVersion);
+        if (inspection.healthy && sameVersion) {
+            if (inspection.userVersion != dataVersion)
+                WorkingCopy::stampVersion(working, dataVersion);
+            if (Preferences::installedVersion(settings) != appVersion) {
+                settings.setString(SettingsKeys::InstalledVersion, appVersion);
+                settings.synchronize();
+            }
             result.outcome = Outcome::Ready;
             return result;
         }
-        damaged = true;
-        CrashLog::log(QStringLiteral("The working database %1 is damaged (%2); replacing it").arg(working, problem));
+        if (!inspection.healthy)
+            CrashLog::log(QStringLiteral("The working database %1 is damaged (%2); repairing it")
+                                  .arg(working, inspection.problem));
     }
-
-    CarryOver carryOver;
-    if (exists && (!sameVersion || damaged))
-        carryOver = readCarryOver(working);
 
     if (masterPath.isEmpty() || !QFileInfo(masterPath).isFile()) {
         result.outcome = Outcome::MasterMissing;
@@ -162,38 +152,31 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
         return result;
     }
 
-    if (exists) {
-        if (damaged) {
-            // Keep the damaged file: it may still hold something worth rescuing by hand.
-            const QString stamp = working + QStringLiteral(".corrupt-")
-                    + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-            // Two damaged copies within a second must not collide.
-            QString aside = stamp;
-            for (int n = 2; QFile::exists(aside); ++n)
-                aside = stamp + QLatin1Char('-') + QString::number(n);
-            if (!QFile::rename(working, aside)) {
-                result.error = QStringLiteral("could not move the damaged %1 aside").arg(working);
-                return result;
-            }
-        } else if (!QFile::remove(working)) {
-            result.error = QStringLiteral("could not delete the old %1").arg(working);
-            return result;
-        }
-    }
-    if (!QFile::copy(masterPath, working)) {
-        result.error = QStringLiteral("could not copy %1 to %2").arg(masterPath, working);
-        return result;
-    }
-    // An installed master is read-only; the copy must accept favourites and history.
-    QFile::setPermissions(working, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-    result.copied = true;
+    const bool damaged = exists && !inspection.healthy;
+    CarryOver carryOver;
+    if (exists)
+        carryOver = WorkingCopy::readUserRows(working);
+    FaultInjection::point("carry-over read");
 
-    if (!carryOver.favourites.isEmpty() || !carryOver.history.isEmpty()) {
-        DatabaseQueue queue(working);
-        insertCarryOver(queue, carryOver);
-    }
+    if (!WorkingCopy::build(masterPath, replacement, carryOver, dataVersion, &result.error))
+        return result;
+    if (damaged)
+        keepDamagedCopy(working);
+    if (!WorkingCopy::replace(replacement, working, &result.error))
+        return result;
+    FaultInjection::point("new copy in place");
+    result.copied = true;
+    result.repaired = damaged;
+    result.keptFavourites = int(carryOver.favourites.size());
+    result.keptHistory = int(carryOver.history.size());
+    if (damaged)
+        CrashLog::log(QStringLiteral("The working database was repaired: kept %1 favourites and %2 history entries")
+                              .arg(result.keptFavourites)
+                              .arg(result.keptHistory));
+
     settings.setString(SettingsKeys::InstalledVersion, appVersion);
     settings.synchronize();
+    FaultInjection::point("version stored");
     result.outcome = Outcome::Ready;
     return result;
 }

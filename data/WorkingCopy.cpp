@@ -1,0 +1,437 @@
+#include "WorkingCopy.h"
+
+#include "CrashLog.h"
+#include "FaultInjection.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <QVersionNumber>
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <optional>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace norvella::WorkingCopy {
+
+namespace {
+
+// SQLite's unix file layer refuses longer names.
+constexpr int SqliteMaxPathBytes = 512;
+// The longest name SQLite derives from the copy's: "verbs.db.new-journal".
+constexpr int LongestSuffixBytes = int(sizeof(".new-journal")) - 1;
+// Bounds the row-by-row rescue past the last row a damaged table still shows.
+constexpr qint64 RescueProbeMargin = 10000;
+
+// One connection for these file-level steps, outside the app's queue: they
+// run before the queue exists.
+class Connection
+{
+public:
+    explicit Connection(const QString &path)
+    {
+        const int rc = sqlite3_open_v2(path.toUtf8().constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr);
+        if (rc != SQLITE_OK) {
+            setError(rc, m_db ? QString::fromUtf8(sqlite3_errmsg(m_db)) : QStringLiteral("out of memory"));
+            sqlite3_close_v2(m_db);
+            m_db = nullptr;
+        } else {
+            sqlite3_busy_timeout(m_db, 5000);
+        }
+    }
+    ~Connection() { close(); }
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    bool isOpen() const { return m_db != nullptr; }
+    // "message (code)", for log lines and results.
+    QString error() const { return QStringLiteral("%1 (%2)").arg(m_message).arg(m_code); }
+    const QString &errorMessage() const { return m_message; }
+    int errorCode() const { return m_code; }
+    bool close()
+    {
+        if (!m_db)
+            return true;
+        const int rc = sqlite3_close(m_db);
+        if (rc != SQLITE_OK) {
+            sqlite3_close_v2(m_db);
+            setError(rc, QStringLiteral("close failed"));
+        }
+        m_db = nullptr;
+        return rc == SQLITE_OK;
+    }
+
+    // Runs a statement, handing each row to `row`; false with error() set
+    // when preparing or any step fails (rows before the failure were handed on).
+    bool run(const QString &sql, const QList<qint64> &values = {},
+             const std::function<void(sqlite3_stmt *)> &row = {})
+    {
+        if (!m_db)
+            return false;
+        sqlite3_stmt *statement = nullptr;
+        const QByteArray utf8 = sql.toUtf8();
+        int rc = sqlite3_prepare_v2(m_db, utf8.constData(), int(utf8.size()), &statement, nullptr);
+        if (rc == SQLITE_OK) {
+            for (int i = 0; i < values.size(); ++i)
+                sqlite3_bind_int64(statement, i + 1, values.at(i));
+            while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+                if (row)
+                    row(statement);
+            }
+        }
+        if (rc != SQLITE_DONE && rc != SQLITE_OK)
+            setError(rc, QString::fromUtf8(sqlite3_errmsg(m_db)));
+        sqlite3_finalize(statement);
+        return rc == SQLITE_DONE || rc == SQLITE_OK;
+    }
+
+    std::optional<qint64> integer(const QString &sql)
+    {
+        std::optional<qint64> value;
+        if (!run(sql, {}, [&](sqlite3_stmt *s) {
+                if (!value)
+                    value = sqlite3_column_int64(s, 0);
+            }))
+            return std::nullopt;
+        return value;
+    }
+
+    QStringList texts(const QString &sql, bool *ok)
+    {
+        QStringList lines;
+        *ok = run(sql, {}, [&](sqlite3_stmt *s) {
+            lines << QString::fromUtf8(reinterpret_cast<const char *>(sqlite3_column_text(s, 0)));
+        });
+        return lines;
+    }
+
+    bool hasColumn(const char *table, const char *column)
+    {
+        return sqlite3_table_column_metadata(m_db, nullptr, table, column, nullptr, nullptr, nullptr, nullptr,
+                                             nullptr)
+                == SQLITE_OK;
+    }
+
+private:
+    void setError(int code, const QString &message)
+    {
+        m_code = code;
+        m_message = message;
+    }
+
+    sqlite3 *m_db = nullptr;
+    int m_code = 0;
+    QString m_message;
+};
+
+void reportError(const char *fixedMessage, const Connection &db)
+{
+    CrashLog::log(errorReport(fixedMessage, db.errorMessage(), db.errorCode()));
+}
+
+bool syncPath(const QString &path, bool directory)
+{
+#ifdef Q_OS_UNIX
+    const int fd = ::open(QFile::encodeName(path).constData(), directory ? (O_RDONLY | O_DIRECTORY) : O_RDONLY);
+    if (fd < 0)
+        return false;
+    const bool ok = ::fsync(fd) == 0;
+    ::close(fd);
+    return ok;
+#else
+    Q_UNUSED(path);
+    Q_UNUSED(directory);
+    return true;
+#endif
+}
+
+QString schemaProblem(Connection &db)
+{
+    if (!db.hasColumn("verb", "italian"))
+        return QStringLiteral("no verb table");
+    if (!db.hasColumn("favourite", "verbid") || !db.hasColumn("history", "timestamp"))
+        return QStringLiteral("no favourite or history table");
+    return {};
+}
+
+// integrity_check limited to one table also compares its indexes with its
+// rows, which the whole-file quick check does not.
+QStringList tableProblems(Connection &db, const QString &table, bool *ok)
+{
+    const QStringList lines = db.texts(QStringLiteral("PRAGMA integrity_check(%1)").arg(table), ok);
+    return lines == QStringList{QStringLiteral("ok")} ? QStringList() : lines;
+}
+
+bool onlyIndexProblems(const QStringList &problems)
+{
+    for (const QString &line : problems) {
+        if (!line.contains(QLatin1String("index")))
+            return false;
+    }
+    return true;
+}
+
+// Rows of one table by rowid: first a plain scan that skips the indexes; if
+// the scan breaks off, each rowid up to past the highest known one is asked
+// for on its own, which reaches rows on pages the scan could not get past.
+template<typename Row>
+std::map<qint64, Row> rescueTable(Connection &db, const QString &table, const QString &columns,
+                                  const std::function<Row(sqlite3_stmt *, int)> &read, bool *partial)
+{
+    std::map<qint64, Row> rows;
+    const bool complete = db.run(QStringLiteral("SELECT _id, %1 FROM %2 NOT INDEXED").arg(columns, table), {},
+                                 [&](sqlite3_stmt *s) { rows[sqlite3_column_int64(s, 0)] = read(s, 1); });
+    if (complete)
+        return rows;
+    *partial = true;
+    qint64 highest = rows.empty() ? 0 : rows.rbegin()->first;
+    if (const auto max = db.integer(QStringLiteral("SELECT max(_id) FROM %1 NOT INDEXED").arg(table)))
+        highest = qMax(highest, *max);
+    const QString one = QStringLiteral("SELECT _id, %1 FROM %2 NOT INDEXED WHERE _id = ?").arg(columns, table);
+    for (qint64 id = 1; id <= highest + RescueProbeMargin; ++id) {
+        if (rows.count(id))
+            continue;
+        db.run(one, {id}, [&](sqlite3_stmt *s) { rows[id] = read(s, 1); });
+    }
+    return rows;
+}
+
+} // namespace
+
+bool pathFitsSqlite(const QString &path, QString *problem)
+{
+    const qsizetype bytes = QFile::encodeName(QFileInfo(path).absoluteFilePath()).size() + LongestSuffixBytes;
+    if (bytes < SqliteMaxPathBytes)
+        return true;
+    if (problem)
+        *problem = QStringLiteral("the data folder's path is too long for SQLite (%1 bytes with the file name; "
+                                  "at most %2): %3")
+                           .arg(bytes)
+                           .arg(SqliteMaxPathBytes - 1)
+                           .arg(QFileInfo(path).absolutePath());
+    return false;
+}
+
+Inspection inspect(const QString &path)
+{
+    Inspection result;
+    Connection db(path);
+    if (!db.isOpen()) {
+        result.problem = db.error();
+        return result;
+    }
+    // The first read rolls back a hot journal; only then are the file's
+    // size and contents what a check should look at.
+    const auto version = db.integer(QStringLiteral("PRAGMA user_version"));
+    if (!version) {
+        result.problem = db.error();
+        return result;
+    }
+    result.opened = true;
+    result.userVersion = int(*version);
+
+    // A copy cut short (a full disk during an old copy, a damaged card)
+    // still opens; its header knows how long it should be.
+    const auto pages = db.integer(QStringLiteral("PRAGMA page_count"));
+    const auto pageSize = db.integer(QStringLiteral("PRAGMA page_size"));
+    if (!QFile::exists(path + QStringLiteral("-wal")) && pages && pageSize
+        && QFileInfo(path).size() < *pages * *pageSize) {
+        result.problem = QStringLiteral("the file is %1 bytes shorter than its header says")
+                                 .arg(*pages * *pageSize - QFileInfo(path).size());
+        return result;
+    }
+    bool ok = false;
+    const QStringList whole = db.texts(QStringLiteral("PRAGMA quick_check"), &ok);
+    if (!ok || whole != QStringList{QStringLiteral("ok")}) {
+        result.problem = ok ? whole.mid(0, 3).join(QStringLiteral("; ")) : db.error();
+        return result;
+    }
+    result.problem = schemaProblem(db);
+    if (!result.problem.isEmpty())
+        return result;
+
+    for (const QString table : {QStringLiteral("favourite"), QStringLiteral("history")}) {
+        QStringList problems = tableProblems(db, table, &ok);
+        if (ok && !problems.isEmpty() && onlyIndexProblems(problems)) {
+            // The rows are sound and only their index is wrong: rebuilding
+            // the index in place keeps everything.
+            CrashLog::log(QStringLiteral("The %1 index of %2 disagrees with its rows (%3); rebuilding it")
+                                  .arg(table, path, problems.constFirst()));
+            if (db.run(QStringLiteral("REINDEX %1").arg(table))) {
+                problems = tableProblems(db, table, &ok);
+                result.reindexed = true;
+            }
+        }
+        if (!ok || !problems.isEmpty()) {
+            result.problem = ok ? problems.mid(0, 3).join(QStringLiteral("; ")) : db.error();
+            return result;
+        }
+    }
+    result.healthy = true;
+    return result;
+}
+
+CarryOver readUserRows(const QString &path, bool *rescued)
+{
+    CarryOver carryOver;
+    if (rescued)
+        *rescued = false;
+    Connection db(path);
+    if (!db.isOpen()) {
+        reportError(DatabaseErrors::ReadingMigration, db);
+        return carryOver;
+    }
+    // Lets SQLite read a file shorter than its header says instead of
+    // refusing it whole; nothing is written through this connection.
+    db.run(QStringLiteral("PRAGMA writable_schema = ON"));
+    bool partial = false;
+    const auto favourites = rescueTable<std::optional<int>>(
+            db, QStringLiteral("favourite"), QStringLiteral("verbid"),
+            [](sqlite3_stmt *s, int column) {
+                return sqlite3_column_type(s, column) == SQLITE_NULL ? std::optional<int>()
+                                                                      : std::optional<int>(sqlite3_column_int(s, column));
+            },
+            &partial);
+    // A verb marked twice by an old fault is one favourite.
+    QSet<int> seen;
+    for (const auto &[id, verbId] : favourites) {
+        if (verbId && !seen.contains(*verbId)) {
+            seen.insert(*verbId);
+            carryOver.favourites << *verbId;
+        }
+    }
+    // Whole seconds, as the old copy's rows have always been carried over.
+    const auto history = rescueTable<QPair<int, int>>(
+            db, QStringLiteral("history"), QStringLiteral("verbid, timestamp"),
+            [](sqlite3_stmt *s, int column) {
+                return qMakePair(sqlite3_column_int(s, column), sqlite3_column_int(s, column + 1));
+            },
+            &partial);
+    for (const auto &[id, row] : history)
+        carryOver.history << row;
+    if (partial)
+        reportError(DatabaseErrors::ReadingMigration, db);
+    // Leaves the old copy's journal settled in the file itself, so nothing
+    // of it is pending when the copy is replaced.
+    db.run(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    if (rescued)
+        *rescued = partial;
+    return carryOver;
+}
+
+bool build(const QString &masterPath, const QString &target, const CarryOver &carryOver, int userVersion,
+           QString *error)
+{
+    auto fail = [&](const QString &why) {
+        *error = why;
+        for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+            QFile::remove(target + suffix);
+        return false;
+    };
+    for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+        QFile::remove(target + suffix);
+    QFile master(masterPath);
+    if (!master.copy(target))
+        return fail(QStringLiteral("could not copy %1 to %2: %3").arg(masterPath, target, master.errorString()));
+    // An installed master is read-only; the copy must accept the user's rows.
+    QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+    FaultInjection::point("master copied");
+
+    qint64 expectedFavourites = 0;
+    qint64 expectedHistory = 0;
+    {
+        Connection db(target);
+        if (!db.isOpen())
+            return fail(QStringLiteral("could not open the new copy: ") + db.error());
+        const QString problem = schemaProblem(db);
+        if (!problem.isEmpty())
+            return fail(QStringLiteral("the master %1 is not a verb database: %2").arg(masterPath, problem));
+        bool ok = db.run(QStringLiteral("BEGIN IMMEDIATE"));
+        // A master may ship rows of its own (test data does).
+        const auto shippedFavourites = db.integer(QStringLiteral("SELECT count(*) FROM favourite"));
+        const auto shippedHistory = db.integer(QStringLiteral("SELECT count(*) FROM history"));
+        ok = ok && shippedFavourites && shippedHistory;
+        expectedFavourites = shippedFavourites.value_or(0) + carryOver.favourites.size();
+        expectedHistory = shippedHistory.value_or(0) + carryOver.history.size();
+        for (int verbId : carryOver.favourites) {
+            if (!ok)
+                break;
+            ok = db.run(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verbId});
+        }
+        for (const auto &[verbId, timestamp] : carryOver.history) {
+            if (!ok)
+                break;
+            ok = db.run(QStringLiteral("INSERT INTO history(verbid, timestamp) VALUES(?, ?)"), {verbId, timestamp});
+        }
+        ok = ok && db.run(QStringLiteral("PRAGMA user_version = %1").arg(userVersion));
+        FaultInjection::point("carry-over inserted");
+        ok = ok && db.run(QStringLiteral("COMMIT"));
+        if (!ok) {
+            const QString why = db.error();
+            reportError(DatabaseErrors::InsertingMigration, db);
+            return fail(QStringLiteral("could not write the carry-over into the new copy: ") + why);
+        }
+        if (!db.close())
+            return fail(QStringLiteral("could not close the new copy: ") + db.error());
+    }
+    FaultInjection::point("new copy committed");
+
+    // Read back what was written: the rename below is only safe for a copy
+    // that holds every row.
+    Connection check(target);
+    const auto favourites = check.integer(QStringLiteral("SELECT count(*) FROM favourite"));
+    const auto history = check.integer(QStringLiteral("SELECT count(*) FROM history"));
+    const auto version = check.integer(QStringLiteral("PRAGMA user_version"));
+    if (!favourites || !history || !version || *favourites != expectedFavourites || *history != expectedHistory
+        || *version != userVersion)
+        return fail(QStringLiteral("the new copy does not read back what was written: ") + check.error());
+    check.close();
+    if (QFile::exists(target + QStringLiteral("-journal")) || QFile::exists(target + QStringLiteral("-wal")))
+        return fail(QStringLiteral("the new copy still has a journal"));
+    return true;
+}
+
+bool replace(const QString &from, const QString &to, QString *error)
+{
+    // A journal of the old copy would be played into the new one at its
+    // first open. The old copy was read and closed, which settled it.
+    for (const QString suffix : {QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+        if (QFile::exists(to + suffix) && !QFile::remove(to + suffix)) {
+            *error = QStringLiteral("could not remove the old journal %1").arg(to + suffix);
+            return false;
+        }
+    }
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+        *error = QStringLiteral("could not rename %1 to %2: %3").arg(from, to, QString::fromLocal8Bit(std::strerror(errno)));
+        return false;
+    }
+    syncPath(QFileInfo(to).absolutePath(), true);
+    return true;
+}
+
+bool stampVersion(const QString &path, int userVersion)
+{
+    Connection db(path);
+    return db.run(QStringLiteral("PRAGMA user_version = %1").arg(userVersion));
+}
+
+int encodeVersion(const QString &version)
+{
+    const QVersionNumber number = QVersionNumber::fromString(version);
+    if (!number.isNull() && number.majorVersion() < 2000 && number.minorVersion() < 1000 && number.microVersion() < 1000)
+        return number.majorVersion() * 1000000 + number.minorVersion() * 1000 + number.microVersion();
+    // Not a dotted number: any stable value that a real version cannot take.
+    return int(qHash(version) % 100000000) + 2000000000 - 100000000;
+}
+
+} // namespace norvella::WorkingCopy
