@@ -1,0 +1,302 @@
+// The real app, killed and starved during an update of its database: every
+// favourite and history row survives, whatever instant the kill lands on.
+// NORVELLA_RANDOM_KILLS=N runs N sampled kills instead of the default.
+#include "Settings.h"
+#include "TestSupport.h"
+#include "WorkingCopy.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+using namespace norvella;
+
+namespace {
+constexpr int Favourites = 500;
+constexpr int HistoryRows = 51;
+constexpr int DefaultRandomKills = 44;
+const QString OldVersion = QStringLiteral("0.9.0");
+} // namespace
+
+class CrashSafetyTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_dir.reset(new QTemporaryDir);
+        QVERIFY(m_dir->isValid());
+        m_docs = m_dir->filePath(QStringLiteral("data/Norvella/norvella"));
+        m_config = m_dir->filePath(QStringLiteral("config/Norvella/norvella"));
+        QVERIFY(QDir().mkpath(m_docs));
+        QVERIFY(QDir().mkpath(m_config));
+        QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("run"))));
+        QFile::setPermissions(m_dir->filePath(QStringLiteral("run")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        makeOldInstall();
+    }
+
+    // Every step of an update, one kill each, then a normal launch.
+    void killAtEveryStepOfAnUpdate()
+    {
+        int step = 1;
+        for (;; ++step) {
+            QVERIFY(step < 50);
+            makeOldInstall();
+            const Run run = launch({{QStringLiteral("NORVELLA_KILL_AT"), QString::number(step)}});
+            if (!run.killed) {
+                QCOMPARE(run.exitCode, 0);
+                break;
+            }
+            QVERIFY2(run.err.contains("killed at step"), run.err.constData());
+            relaunchAndCheckEverythingKept(QStringLiteral("step %1").arg(step));
+        }
+        // The update has steps to kill at: the hook is not silently off.
+        QVERIFY(step > 5);
+    }
+
+    // Kills at sampled instants of the update, inside SQLite's own writes too.
+    void killAtRandomMoments()
+    {
+        const int samples = qEnvironmentVariableIntValue("NORVELLA_RANDOM_KILLS") > 0
+                ? qEnvironmentVariableIntValue("NORVELLA_RANDOM_KILLS")
+                : DefaultRandomKills;
+        makeOldInstall();
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(launch().exitCode, 0);
+        const qint64 updateMs = timer.elapsed();
+        QRandomGenerator random(20261124);
+        int killedBeforeTheEnd = 0;
+        for (int i = 0; i < samples; ++i) {
+            makeOldInstall();
+            const Run run = launch({}, int(random.bounded(updateMs + 1)));
+            killedBeforeTheEnd += run.killed ? 1 : 0;
+            relaunchAndCheckEverythingKept(QStringLiteral("sample %1").arg(i));
+        }
+        qInfo("%d of %d sampled kills landed before the update finished (update %lld ms)", killedBeforeTheEnd,
+              samples, updateMs);
+        QVERIFY(killedBeforeTheEnd > samples / 2);
+    }
+
+    void twoInstancesUpdatingAtOnce()
+    {
+        QProcess first, second;
+        for (QProcess *process : {&first, &second}) {
+            process->setProcessEnvironment(environment());
+            process->start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
+        }
+        for (QProcess *process : {&first, &second}) {
+            QVERIFY(process->waitForFinished(60000));
+            QCOMPARE(process->exitCode(), 0);
+        }
+        checkEverythingKept(QStringLiteral("two instances"));
+    }
+
+    // A disk with no room for the new copy: the old one stays as it was, no
+    // half copy is left, and with room again the update goes through.
+    void diskFullDuringUpdate()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("unshare")).isEmpty())
+            QSKIP("unshare is not available");
+        const QString seed = m_dir->filePath(QStringLiteral("seed"));
+        QVERIFY(QDir().rename(m_docs, seed));
+        QVERIFY(QDir().mkpath(m_docs));
+        const qint64 room = QFileInfo(seed + QStringLiteral("/verbs.db")).size() + 4 * 1024 * 1024;
+        const QString after = m_dir->filePath(QStringLiteral("after"));
+        const QString script = QStringLiteral(
+                "mount -t tmpfs -o size=%1 tmpfs \"$DOCS\" || exit 77; cp -a \"$SEED\"/. \"$DOCS\"/ || exit 78; "
+                "\"$APP\" --first-frame; status=$?; mkdir -p \"$AFTER\" && cp -a \"$DOCS\"/. \"$AFTER\"/; exit $status")
+                                       .arg(room);
+        QProcess process;
+        QProcessEnvironment env = environment();
+        env.insert(QStringLiteral("DOCS"), m_docs);
+        env.insert(QStringLiteral("SEED"), seed);
+        env.insert(QStringLiteral("AFTER"), after);
+        env.insert(QStringLiteral("APP"), QStringLiteral(NORVELLA_BINARY));
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
+        QVERIFY(process.waitForFinished(60000));
+        const QByteArray err = process.readAllStandardError();
+        if (process.exitCode() == 77)
+            QSKIP("no tmpfs can be mounted here");
+        QCOMPARE(process.exitCode(), 0);
+        QVERIFY2(err.contains("Unable to initialise database"), err.constData());
+        QCOMPARE(fileBytes(after + QStringLiteral("/verbs.db")), fileBytes(seed + QStringLiteral("/verbs.db")));
+        QCOMPARE(QDir(after).entryList({QStringLiteral("verbs.db.new*")}), QStringList());
+        QCOMPARE(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion), OldVersion);
+
+        QVERIFY(QDir(m_docs).removeRecursively());
+        QVERIFY(QDir().rename(after, m_docs));
+        relaunchAndCheckEverythingKept(QStringLiteral("after the disk had room again"));
+    }
+
+    void damagedCopyIsRepairedAndTheUserTold()
+    {
+        QFile file(working());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        // The first page of the forms: the file still opens, reading it fails.
+        const int page = test::querySingleColumn(working(), "SELECT pageno FROM dbstat WHERE name = 'conjugation' "
+                                                            "AND pagetype = 'leaf' LIMIT 1").value(0).toInt();
+        QVERIFY(page > 1);
+        file.seek(qint64(page - 1) * 8192);
+        file.write(QByteArray(8192, '\x5A'));
+        file.close();
+        QVERIFY(test::runSql(working(), QStringLiteral("PRAGMA user_version = %1")
+                                               .arg(WorkingCopy::encodeVersion(QStringLiteral(NORVELLA_APP_VERSION)))));
+        const Run run = launch();
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.err.contains("repaired: kept 500 favourites and 51 history entries"), run.err.constData());
+        checkEverythingKept(QStringLiteral("repair"));
+        QCOMPARE(QDir(m_docs).entryList({QStringLiteral("verbs.db.corrupt-*")}).size(), 1);
+    }
+
+    // No place for the data: one clear message, nothing written anywhere.
+    void noHomeOrAPathTooLong()
+    {
+        QProcessEnvironment env = environment();
+        for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+            env.remove(QString::fromLatin1(name));
+        const bool rootDataExisted = QFileInfo::exists(QStringLiteral("/.local/share/Norvella"));
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
+        QVERIFY(process.waitForFinished(30000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("HOME is not set"));
+        QCOMPARE(QFileInfo::exists(QStringLiteral("/.local/share/Norvella")), rootDataExisted);
+
+        QString deep = m_dir->filePath(QStringLiteral("deep"));
+        while (deep.size() < 600)
+            deep += QLatin1Char('/') + QString(60, QLatin1Char('x'));
+        env = environment();
+        env.insert(QStringLiteral("XDG_DATA_HOME"), deep);
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
+        QVERIFY(process.waitForFinished(30000));
+        QCOMPARE(process.exitCode(), 0);
+        QVERIFY(process.readAllStandardError().contains("too long for SQLite"));
+        QCOMPARE(QDir(deep + QStringLiteral("/Norvella/norvella")).entryList({QStringLiteral("verbs.db*")}),
+                 QStringList());
+    }
+
+private:
+    struct Run
+    {
+        bool killed = false;
+        int exitCode = -1;
+        QByteArray err;
+    };
+
+    QProcessEnvironment environment() const
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), m_dir->filePath(QStringLiteral("home")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), m_dir->filePath(QStringLiteral("data")));
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir->filePath(QStringLiteral("config")));
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir->filePath(QStringLiteral("run")));
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
+        env.remove(QStringLiteral("NORVELLA_KILL_AT"));
+        return env;
+    }
+
+    // A launch that reaches its first frame and exits; with killAfterMs it is
+    // killed that long after it started, if still running.
+    Run launch(const QHash<QString, QString> &extra = {}, int killAfterMs = -1) const
+    {
+        QProcessEnvironment env = environment();
+        for (auto it = extra.cbegin(); it != extra.cend(); ++it)
+            env.insert(it.key(), it.value());
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
+        Run run;
+        if (!process.waitForStarted(10000))
+            return run;
+        if (killAfterMs >= 0 && !process.waitForFinished(killAfterMs))
+            ::kill(pid_t(process.processId()), SIGKILL);
+        process.waitForFinished(60000);
+        run.killed = process.exitStatus() == QProcess::CrashExit;
+        run.exitCode = run.killed ? -1 : process.exitCode();
+        run.err = process.readAllStandardError();
+        return run;
+    }
+
+    void relaunchAndCheckEverythingKept(const QString &when)
+    {
+        const Run run = launch();
+        QVERIFY2(!run.killed && run.exitCode == 0, qPrintable(when + QLatin1String(": ") + QString::fromUtf8(run.err)));
+        checkEverythingKept(when);
+    }
+
+    void checkEverythingKept(const QString &when)
+    {
+        const QString context = when + QStringLiteral(": ");
+        QCOMPARE(test::querySingleColumn(working(), "SELECT group_concat(verbid) FROM "
+                                                    "(SELECT verbid FROM favourite NOT INDEXED ORDER BY _id)"),
+                 QStringList{m_expectedFavourites});
+        QCOMPARE(test::querySingleColumn(working(), "SELECT group_concat(verbid || ':' || timestamp) FROM "
+                                                    "(SELECT verbid, timestamp FROM history NOT INDEXED ORDER BY _id)"),
+                 QStringList{m_expectedHistory});
+        QVERIFY2(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion)
+                         == QLatin1String(NORVELLA_APP_VERSION),
+                 qPrintable(context + QStringLiteral("version not stored")));
+        QCOMPARE(test::querySingleColumn(working(), "PRAGMA user_version"),
+                 QStringList{QString::number(WorkingCopy::encodeVersion(QStringLiteral(NORVELLA_APP_VERSION)))});
+        QVERIFY2(QDir(m_docs).entryList({QStringLiteral("verbs.db.new*")}).isEmpty(),
+                 qPrintable(context + QStringLiteral("a half-built copy was left behind")));
+    }
+
+    // The state an older version leaves: its copy with the user's rows, its
+    // version in the settings and in the file.
+    void makeOldInstall()
+    {
+        for (const QString &name : QDir(m_docs).entryList(QDir::Files))
+            QFile::remove(m_docs + QLatin1Char('/') + name);
+        QVERIFY(QFile::copy(QStringLiteral(NORVELLA_MASTER), working()));
+        QFile::setPermissions(working(), QFile::ReadOwner | QFile::WriteOwner);
+        QVERIFY(test::runSql(working(), QStringLiteral(
+                "PRAGMA user_version = %1;"
+                "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %2) "
+                "INSERT INTO favourite(verbid) SELECT (i * 37) % 6000 + 1 FROM n;"
+                "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %3) "
+                "INSERT INTO history(verbid, timestamp) SELECT i * 11, 780000000 + i * 60 FROM n;")
+                                                .arg(WorkingCopy::encodeVersion(OldVersion))
+                                                .arg(Favourites)
+                                                .arg(HistoryRows)));
+        Settings settings(settingsPath());
+        settings.clear();
+        settings.setString(SettingsKeys::InstalledVersion, OldVersion);
+        settings.setBool(SettingsKeys::IncludeEnglish, true);
+        if (m_expectedFavourites.isEmpty()) {
+            m_expectedFavourites = test::querySingleColumn(working(), "SELECT group_concat(verbid) FROM "
+                                                                      "(SELECT verbid FROM favourite ORDER BY _id)")
+                                           .value(0);
+            m_expectedHistory = test::querySingleColumn(working(), "SELECT group_concat(verbid || ':' || timestamp) "
+                                                                   "FROM (SELECT verbid, timestamp FROM history "
+                                                                   "ORDER BY _id)")
+                                        .value(0);
+            QCOMPARE(m_expectedFavourites.count(QLatin1Char(',')), Favourites - 1);
+        }
+    }
+
+    static QByteArray fileBytes(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QString working() const { return m_docs + QStringLiteral("/verbs.db"); }
+    QString settingsPath() const { return m_config + QStringLiteral("/settings.json"); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_docs, m_config, m_expectedFavourites, m_expectedHistory;
+};
+
+QTEST_GUILESS_MAIN(CrashSafetyTest)
+#include "tst_crashsafety.moc"
