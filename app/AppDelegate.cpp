@@ -3,6 +3,7 @@
 #include "Analytics.h"
 #include "Appearance.h"
 #include "CrashLog.h"
+#include "DatabaseCheck.h"
 #include "LegacySettings.h"
 #include "NotificationCenter.h"
 #include "ShortcutChannel.h"
@@ -11,6 +12,7 @@
 #include "VerbStore.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 namespace norvella {
 
@@ -27,6 +29,14 @@ AppDelegate::AppDelegate(LaunchEnvironment environment, Settings &settings, QObj
     : QObject(parent), m_environment(std::move(environment)), m_settings(settings)
 {
 }
+
+namespace {
+// Long enough after launch that the first screens are drawn and the search
+// index has its start.
+constexpr int DatabaseCheckDelayMs = 3000;
+} // namespace
+
+AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::didFinishLaunching(const QString &shortcutType)
 {
@@ -94,6 +104,8 @@ bool AppDelegate::prepareDatabase()
                                      .arg(result.keptFavourites)
                                      .arg(result.keptHistory);
         m_queue = std::make_shared<DatabaseQueue>(VerbStore::workingCopyPath(m_environment.documentsDirectory));
+        m_check = std::make_unique<DatabaseCheck>(m_queue->path());
+        QTimer::singleShot(DatabaseCheckDelayMs, this, [this] { m_check->start(); });
         m_queueRef = new DatabaseQueueRef(m_queue, this);
         emit queueChanged();
         return true;

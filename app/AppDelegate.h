@@ -12,6 +12,7 @@
 
 namespace norvella {
 
+class DatabaseCheck;
 class Settings;
 
 struct LaunchEnvironment
@@ -42,6 +43,7 @@ public:
     using WindowFactory = std::function<void(AppDelegate &)>;
 
     explicit AppDelegate(LaunchEnvironment environment, Settings &settings, QObject *parent = nullptr);
+    ~AppDelegate() override;
 
     // The window and home screen are built by the factory at their place in
     // the sequence, so quick actions find the home screen listening.
@@ -84,6 +86,7 @@ private:
     WindowFactory m_windowFactory;
     RemoteConfig m_remoteConfig;
     std::shared_ptr<DatabaseQueue> m_queue;
+    std::unique_ptr<DatabaseCheck> m_check;
     DatabaseQueueRef *m_queueRef = nullptr;
     Status m_status = Status::NotLaunched;
     QString m_fatalError;

@@ -687,6 +687,53 @@ void benchMemory(Report &report, const QString &app, const QString &master, cons
 
 } // namespace
 
+// An update from an older version: the working copy holds 500 favourites
+// and a full history; the whole preparation is what the launch waits for.
+void benchUpdate(Report &report, const QString &master, const QString &folder, int runs)
+{
+    const QString documents = folder + QStringLiteral("/docs");
+    const QString working = VerbStore::workingCopyPath(documents);
+    Settings settings(folder + QStringLiteral("/settings.json"));
+    QList<double> samples;
+    for (int run = 0; run < runs; ++run) {
+        QDir(documents).removeRecursively();
+        QDir().mkpath(documents);
+        bool ok = QFile::copy(master, working);
+        QFile::setPermissions(working, QFile::ReadOwner | QFile::WriteOwner);
+        DatabaseQueue old(working);
+        old.inDatabase([&](Database &db) {
+            ok = ok
+                    && db.executeUpdate(QStringLiteral(
+                            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500) "
+                            "INSERT INTO favourite(verbid) SELECT (i * 37) % 6000 + 1 FROM n"))
+                    && db.executeUpdate(QStringLiteral(
+                            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 51) "
+                            "INSERT INTO history(verbid, timestamp) SELECT i * 11, 780000000 + i FROM n"))
+                    && db.executeUpdate(QStringLiteral("PRAGMA user_version = 900"));
+            db.close();
+        });
+        settings.setString(SettingsKeys::InstalledVersion, QStringLiteral("0.0.900"));
+        if (!ok) {
+            report.fail(QStringLiteral("the old working copy for the update could not be made"));
+            return;
+        }
+        QElapsedTimer timer;
+        timer.start();
+        const VerbStore::Result result =
+                VerbStore::prepare(settings, QCoreApplication::applicationVersion(), documents, master);
+        samples << milliseconds(timer);
+        if (result.outcome != VerbStore::Outcome::Ready || !result.copied || result.keptFavourites != 500
+            || result.keptHistory != 51) {
+            report.fail(QStringLiteral("the update did not keep the user's rows: ") + result.error);
+            return;
+        }
+    }
+    report.add(QStringLiteral("store.update.p50"), percentile(samples, 0.5), QStringLiteral("ms"), {},
+               QStringLiteral("update with 500 favourites and 51 history rows"));
+    report.add(QStringLiteral("store.update.max"), percentile(samples, 1.0), QStringLiteral("ms"),
+               Target::atMost(300), QStringLiteral("update with 500 favourites and 51 history rows"));
+}
+
 int main(int argc, char **argv)
 {
     // The benchmark draws nothing itself; the app it starts is offscreen as well.
@@ -780,6 +827,9 @@ int main(int argc, char **argv)
     report.section(QStringLiteral("Working copy"));
     report.add(QStringLiteral("store.copy"), copyMs, QStringLiteral("ms"), {},
                QStringLiteral("VerbStore::prepare on a first launch"));
+
+    progress(QStringLiteral("updates with 500 favourites"));
+    benchUpdate(report, master, scratch.filePath(QStringLiteral("update")), 10);
 
     progress(QStringLiteral("marking 100 favourites"));
     if (!markFavourites(*queue, 100))

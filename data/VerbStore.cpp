@@ -87,6 +87,24 @@ QString VerbStore::findMasterDatabase()
     return {};
 }
 
+namespace {
+QString damageMarker(const QString &working)
+{
+    return working + QStringLiteral(".damaged");
+}
+} // namespace
+
+void VerbStore::markDamaged(const QString &workingCopy, const QString &problem)
+{
+    QFile marker(damageMarker(workingCopy));
+    if (marker.exists())
+        return;
+    CrashLog::log(QStringLiteral("The working database %1 is damaged (%2); it will be repaired at the next start")
+                          .arg(workingCopy, problem));
+    if (marker.open(QIODevice::WriteOnly))
+        marker.write(problem.toUtf8());
+}
+
 bool VerbStore::isHealthy(const QString &path, QString *problem)
 {
     const WorkingCopy::Inspection inspection = WorkingCopy::inspect(path);
@@ -125,8 +143,11 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
     const int dataVersion = WorkingCopy::encodeVersion(appVersion);
     const bool exists = QFileInfo(working).isFile();
     WorkingCopy::Inspection inspection;
+    // The whole-file check runs after launch; damage it or SQLite found last
+    // time is looked at in full now.
+    const bool suspected = QFile::exists(damageMarker(working));
     if (exists) {
-        inspection = WorkingCopy::inspect(working);
+        inspection = WorkingCopy::inspect(working, suspected ? WorkingCopy::Depth::Full : WorkingCopy::Depth::Launch);
         const bool sameVersion = inspection.userVersion == dataVersion
                 // A copy from before the version lived in the file: trust the setting once.
                 || (inspection.userVersion == 0 && Preferences::installedVersion(settings) == appVersion);
@@ -137,6 +158,7 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
                 settings.setString(SettingsKeys::InstalledVersion, appVersion);
                 settings.synchronize();
             }
+            QFile::remove(damageMarker(working));
             result.outcome = Outcome::Ready;
             return result;
         }
@@ -174,6 +196,7 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
                               .arg(result.keptFavourites)
                               .arg(result.keptHistory));
 
+    QFile::remove(damageMarker(working));
     settings.setString(SettingsKeys::InstalledVersion, appVersion);
     settings.synchronize();
     FaultInjection::point("version stored");

@@ -50,6 +50,9 @@ public:
 
     // Favourites and history of a copy, read the way an update reads them.
     static CarryOver readCarryOver(const QString &path) { return WorkingCopy::readUserRows(path); }
+    // Records damage found while the app runs; the next launch checks the
+    // whole copy and repairs it.
+    static void markDamaged(const QString &workingCopy, const QString &problem);
     // False when SQLite cannot open the file or finds it damaged.
     static bool isHealthy(const QString &path, QString *problem = nullptr);
 };

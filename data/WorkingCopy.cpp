@@ -54,6 +54,7 @@ public:
     Connection &operator=(const Connection &) = delete;
 
     bool isOpen() const { return m_db != nullptr; }
+    sqlite3 *handle() const { return m_db; }
     // "message (code)", for log lines and results.
     QString error() const { return QStringLiteral("%1 (%2)").arg(m_message).arg(m_code); }
     const QString &errorMessage() const { return m_message; }
@@ -222,7 +223,7 @@ bool pathFitsSqlite(const QString &path, QString *problem)
     return false;
 }
 
-Inspection inspect(const QString &path)
+Inspection inspect(const QString &path, Depth depth)
 {
     Inspection result;
     Connection db(path);
@@ -251,10 +252,12 @@ Inspection inspect(const QString &path)
         return result;
     }
     bool ok = false;
-    const QStringList whole = db.texts(QStringLiteral("PRAGMA quick_check"), &ok);
-    if (!ok || whole != QStringList{QStringLiteral("ok")}) {
-        result.problem = ok ? whole.mid(0, 3).join(QStringLiteral("; ")) : db.error();
-        return result;
+    if (depth == Depth::Full) {
+        const QStringList whole = db.texts(QStringLiteral("PRAGMA quick_check"), &ok);
+        if (!ok || whole != QStringList{QStringLiteral("ok")}) {
+            result.problem = ok ? whole.mid(0, 3).join(QStringLiteral("; ")) : db.error();
+            return result;
+        }
     }
     result.problem = schemaProblem(db);
     if (!result.problem.isEmpty())
@@ -417,6 +420,22 @@ bool replace(const QString &from, const QString &to, QString *error)
     }
     syncPath(QFileInfo(to).absolutePath(), true);
     return true;
+}
+
+QString fullCheck(const QString &path, const std::function<void(sqlite3 *)> &started)
+{
+    Connection db(path);
+    if (!db.isOpen())
+        return db.error();
+    if (started)
+        started(db.handle());
+    bool ok = false;
+    const QStringList whole = db.texts(QStringLiteral("PRAGMA quick_check"), &ok);
+    if (started)
+        started(nullptr);
+    if (!ok)
+        return db.errorCode() == SQLITE_INTERRUPT ? QString() : db.error();
+    return whole == QStringList{QStringLiteral("ok")} ? QString() : whole.mid(0, 3).join(QStringLiteral("; "));
 }
 
 bool stampVersion(const QString &path, int userVersion)

@@ -4,6 +4,10 @@
 #include <QPair>
 #include <QString>
 
+#include <functional>
+
+struct sqlite3;
+
 namespace norvella {
 
 // Favourites and history read from an old working copy, to be written into
@@ -34,9 +38,22 @@ struct Inspection
 // SQLite limits a file name (with "-journal" or "-wal" added) to 512 bytes.
 bool pathFitsSqlite(const QString &path, QString *problem);
 
+enum class Depth {
+    // What a launch can afford: the header, the file's length, the schema and
+    // the user's own tables with their indexes.
+    Launch,
+    // Also every page of the verb data (about a tenth of a second).
+    Full,
+};
+
 // Opens the copy read-write, so a hot journal left by a crash mid-commit is
 // rolled back rather than taken for damage, then checks it.
-Inspection inspect(const QString &path);
+Inspection inspect(const QString &path, Depth depth = Depth::Full);
+
+// The whole-file check, for a background thread: an empty answer means
+// sound (or interrupted). `started` is handed the connection while the check
+// runs, and null after, so another thread can interrupt it.
+QString fullCheck(const QString &path, const std::function<void(sqlite3 *)> &started = {});
 
 // Reads the rows with the statements of a healthy copy; when they fail,
 // falls back to reading table rows one by one without the indexes, so every
