@@ -172,6 +172,28 @@ private slots:
         QCOMPARE(QDir(m_docs).entryList({QStringLiteral("verbs.db.corrupt-*")}).size(), 1);
     }
 
+    // Settings that cannot be kept (a config folder that is a file, or one
+    // moved aside) do not make every launch replace the database.
+    void lostSettingsDoNotReplaceTheDatabase()
+    {
+        relaunchAndCheckEverythingKept(QStringLiteral("update"));
+        const QDateTime replaced = QFileInfo(working()).lastModified();
+        QVERIFY(QFile::remove(settingsPath()));
+        QProcessEnvironment env = environment();
+        const QString blocked = m_dir->filePath(QStringLiteral("not-a-folder"));
+        QVERIFY(QFile(blocked).open(QIODevice::WriteOnly));
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), blocked);
+        for (int launchNumber = 0; launchNumber < 2; ++launchNumber) {
+            QProcess process;
+            process.setProcessEnvironment(env);
+            process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
+            QVERIFY(process.waitForFinished(30000));
+            QCOMPARE(process.exitCode(), 0);
+        }
+        QCOMPARE(QFileInfo(working()).lastModified(), replaced);
+        QCOMPARE(test::querySingleColumn(working(), "SELECT count(*) FROM favourite"), QStringList{"500"});
+    }
+
     // No place for the data: one clear message, nothing written anywhere.
     void noHomeOrAPathTooLong()
     {
