@@ -33,6 +33,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 #include <optional>
 
 using namespace norvella;
@@ -437,9 +442,9 @@ bool markFavourites(DatabaseQueue &queue, int count)
 }
 
 void benchConjugation(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Settings &settings,
-                      const QStringList &verbs)
+                      const QStringList &verbs, const QString &name, double target, const QString &condition)
 {
-    report.section(QStringLiteral("Conjugation screen: %1 everyday verbs, each opened once").arg(verbs.size()));
+    report.section(QStringLiteral("Conjugation screen: %1 everyday verbs, each opened once%2").arg(verbs.size()).arg(condition));
     QList<double> loads;
     QList<double> presentations;
     QStringList missing;
@@ -468,13 +473,55 @@ void benchConjugation(Report &report, const std::shared_ptr<DatabaseQueue> &queu
     }
     if (!missing.isEmpty())
         report.fail(QStringLiteral("verbs that could not be loaded: ") + missing.join(QStringLiteral(", ")));
-    addPercentiles(report, QStringLiteral("conjugation.load"), loads, 2,
-                   QStringLiteral("forms read + history written, %1 verbs").arg(loads.size()));
-    report.add(QStringLiteral("conjugation.present.p50"), percentile(presentations, 0.5), QStringLiteral("ms"), {},
+    addPercentiles(report, name + QStringLiteral(".load"), loads, target,
+                   QStringLiteral("forms read + history written, %1 verbs%2").arg(loads.size()).arg(condition));
+    report.add(name + QStringLiteral(".present.p50"), percentile(presentations, 0.5), QStringLiteral("ms"), {},
                QStringLiteral("table and grid models rebuilt"));
-    report.add(QStringLiteral("conjugation.present.p99"), percentile(presentations, 0.99), QStringLiteral("ms"), {},
+    report.add(name + QStringLiteral(".present.p99"), percentile(presentations, 0.99), QStringLiteral("ms"), {},
                QStringLiteral("table and grid models rebuilt"));
 }
+
+// Another process writing to the same disk and syncing after every write, as
+// other apps on a phone do while the user taps.
+class DiskLoad
+{
+public:
+    DiskLoad(const QString &file)
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--disk-load"), file});
+        m_process.waitForStarted();
+        // Let it reach its steady state before anything is timed.
+        QThread::msleep(300);
+    }
+    ~DiskLoad()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    bool running() const { return m_process.state() == QProcess::Running; }
+
+private:
+    QProcess m_process;
+};
+
+[[noreturn]] void runDiskLoad(const char *path)
+{
+    const int fd = ::open(path, O_CREAT | O_WRONLY | O_TRUNC, 0600);
+    if (fd < 0)
+        std::exit(1);
+    const std::vector<char> chunk(256 * 1024, 'x');
+    for (;;) {
+        for (int i = 0; i < 32; ++i) {
+            if (::write(fd, chunk.data(), chunk.size()) < 0)
+                std::exit(1);
+            ::fsync(fd);
+        }
+        if (::ftruncate(fd, 0) != 0 || ::lseek(fd, 0, SEEK_SET) != 0)
+            std::exit(1);
+    }
+}
+
+
 
 void benchLists(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Settings &settings)
 {
@@ -736,6 +783,8 @@ void benchUpdate(Report &report, const QString &master, const QString &folder, i
 
 int main(int argc, char **argv)
 {
+    if (argc == 3 && std::strcmp(argv[1], "--disk-load") == 0)
+        runDiskLoad(argv[2]);
     // The benchmark draws nothing itself; the app it starts is offscreen as well.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -837,7 +886,15 @@ int main(int argc, char **argv)
 
     // Before the lists exist, so no list reload rides on the "verb viewed" notice.
     progress(QStringLiteral("conjugation loads"));
-    benchConjugation(report, queue, settings, commonVerbs);
+    benchConjugation(report, queue, settings, commonVerbs, QStringLiteral("conjugation"), 2, QString());
+    {
+        progress(QStringLiteral("conjugation loads while another process writes and syncs"));
+        DiskLoad load(scratch.filePath(QStringLiteral("disk-load")));
+        if (!load.running())
+            report.fail(QStringLiteral("the disk load could not be started"));
+        benchConjugation(report, queue, settings, commonVerbs, QStringLiteral("conjugation.busy"), 4,
+                         QStringLiteral(", another process writing and syncing"));
+    }
 
     progress(QStringLiteral("list reloads"));
     benchLists(report, queue, settings);
