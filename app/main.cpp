@@ -8,12 +8,14 @@
 #include "Settings.h"
 #include "ShortcutChannel.h"
 #include "OptionsTableViewController.h"
+#include "UserMessages.h"
 #include "VerbLookup.h"
 #include "VerbRef.h"
 
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQuickItem>
@@ -228,6 +230,12 @@ int main(int argc, char **argv)
         return 1;
     }
     auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+
+    // Notices reach the window from now on, those posted during the launch first.
+    UserMessages::setListener([shown = QPointer<QQuickWindow>(window)](const QString &text) {
+        if (shown)
+            QMetaObject::invokeMethod(shown, "showMessage", Qt::AutoConnection, Q_ARG(QString, text));
+    });
 
     if (screenshot) {
         if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
