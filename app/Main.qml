@@ -27,6 +27,10 @@ ApplicationWindow {
         value: !window.regularWidth
     }
 
+    // A short notice for the user; the launch hands over those posted before
+    // the window existed.
+    function showMessage(text: string) { messageBar.show(text) }
+
     function pushDetail() {
         const properties = {verb: window.selectedVerb, queue: window.appDelegate.queue}
         if (stack.depth > 1)
@@ -90,6 +94,17 @@ ApplicationWindow {
     }
 
     ShareSheet { id: share }
+
+    MessageBar {
+        id: messageBar
+        objectName: "messageBar"
+        z: 2
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        // Above the tab bar, which keeps working meanwhile.
+        anchors.bottomMargin: 72
+        width: Math.min(parent.width - 24, 480)
+    }
 
     Connections {
         target: home.controller

@@ -8,12 +8,14 @@
 #include "Settings.h"
 #include "ShortcutChannel.h"
 #include "OptionsTableViewController.h"
+#include "UserMessages.h"
 #include "VerbLookup.h"
 #include "VerbRef.h"
 
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQuickItem>
@@ -192,11 +194,18 @@ int main(int argc, char **argv)
         return 2;
     }
 
-    // A quick action for an instance that is already open goes to it.
-    const bool timingRun = firstFrame || browse;
-    if (!screenshot && !timingRun && !shortcut.isEmpty()
-        && ShortcutChannel::forward(ShortcutChannel::defaultServerName(), shortcut))
-        return 0;
+    // One running instance, as on a phone: a later launch hands its request (the
+    // window, or its quick action) to the instance that runs, and ends. Screenshot
+    // and timing runs stand alone: they neither forward nor take requests.
+    ShortcutChannel channel;
+    if (!screenshot && !firstFrame && !browse) {
+        const QString folder = ShortcutChannel::privateFolder();
+        if (!folder.isEmpty() && channel.claim(folder) == ShortcutChannel::Claim::Running) {
+            if (ShortcutChannel::forward(ShortcutChannel::socketPath(folder), ShortcutChannel::messageFor(shortcut)))
+                return 0;
+            CrashLog::log(QStringLiteral("The running instance did not answer; opening a window of this one"));
+        }
+    }
 
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     QQmlApplicationEngine engine;
@@ -229,6 +238,28 @@ int main(int argc, char **argv)
     }
     auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
 
+    // Notices reach the window from now on, those posted during the launch first.
+    UserMessages::setListener([shown = QPointer<QQuickWindow>(window)](const QString &text) {
+        if (shown)
+            QMetaObject::invokeMethod(shown, "showMessage", Qt::AutoConnection, Q_ARG(QString, text));
+    });
+    const auto bringForward = [window] {
+        window->setWindowStates(window->windowStates() & ~Qt::WindowMinimized);
+        window->show();
+        window->raise();
+        window->requestActivate();
+    };
+    QObject::connect(&channel, &ShortcutChannel::activationRequested, window, [bringForward] {
+        CrashLog::log(QStringLiteral("Another launch asked for the window"));
+        bringForward();
+    });
+    QObject::connect(&channel, &ShortcutChannel::shortcutReceived, &delegate,
+                     [&delegate, bringForward](const QString &type) {
+                         CrashLog::log(QStringLiteral("Quick action from another launch: ") + type);
+                         delegate.performActionForShortcutItem(type);
+                         bringForward();
+                     });
+
     if (screenshot) {
         if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
             return 2;
@@ -255,12 +286,5 @@ int main(int argc, char **argv)
         return app.exec();
     }
 
-    ShortcutChannel channel;
-    channel.listen(ShortcutChannel::defaultServerName());
-    QObject::connect(&channel, &ShortcutChannel::shortcutReceived, &delegate, [&](const QString &type) {
-        delegate.performActionForShortcutItem(normalisedShortcutType(type));
-        window->raise();
-        window->requestActivate();
-    });
     return app.exec();
 }

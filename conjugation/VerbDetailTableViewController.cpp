@@ -3,7 +3,7 @@
 #include "ConjugationGroups.h"
 #include "ConjugationSectionModel.h"
 #include "ConjugationServices.h"
-#include "CrashLog.h"
+#include "Database.h"
 #include "DatabaseQueueRef.h"
 #include "RoundProgressView.h"
 #include "Settings.h"
@@ -160,17 +160,13 @@ void VerbDetailTableViewController::toggleFavourite()
     if (!m_verb)
         return;
     const VerbPtr verb = m_verb;
-    verb->isFavourite = !verb->isFavourite;
+    const bool wanted = !verb->isFavourite;
+    verb->isFavourite = wanted;
     emit favouriteChanged();
-    if (m_queue) {
-        m_queue->inDatabase([&](Database &db) {
-            const bool ok = verb->isFavourite
-                    ? db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verb->id})
-                    : db.executeUpdate(QStringLiteral("DELETE FROM favourite WHERE verbid=?"), {verb->id});
-            if (!ok)
-                CrashLog::log(QStringLiteral("Unable to update favourite ") + db.lastErrorMessage());
-            db.close();
-        });
+    if (!saveFavourite(m_queue.get(), *verb, wanted)) {
+        // The star goes back to what the table holds; nothing changed for the others.
+        emit favouriteChanged();
+        return;
     }
     NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this,
                                              {{QStringLiteral("verb"), QVariant::fromValue(verb)}});

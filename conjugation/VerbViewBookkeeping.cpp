@@ -5,6 +5,7 @@
 #include "CrashLog.h"
 #include "Database.h"
 #include "Settings.h"
+#include "UserMessages.h"
 
 #include <QDateTime>
 
@@ -90,21 +91,18 @@ bool writeHistory(Database &db, const Settings &settings, qint64 verbId, double 
 {
     if (!Preferences::useHistory(settings))
         return true;
-    if (!db.executeUpdate(QStringLiteral("BEGIN IMMEDIATE")))
-        return false;
-    if (!writeHistoryRows(db, verbId, timestamp)) {
-        // A successful rollback leaves the step's error for the report.
-        db.executeUpdate(QStringLiteral("ROLLBACK"));
-        return false;
-    }
-    return db.executeUpdate(QStringLiteral("COMMIT"));
+    return db.inTransaction([&] { return writeHistoryRows(db, verbId, timestamp); });
 }
 
 void loadTurn(Database &db, const Settings &settings, Verb &verb)
 {
-    const bool ok = readConjugations(db, verb) && writeHistory(db, settings, verb.id, referenceTimestamp());
-    if (!ok)
+    if (!readConjugations(db, verb)) {
         reportDatabaseError(DatabaseErrors::ReadingConjugation, db);
+    } else if (!writeHistory(db, settings, verb.id, referenceTimestamp())) {
+        reportDatabaseError(DatabaseErrors::ReadingConjugation, db);
+        // The forms show; the user is told that this visit is not in the history.
+        UserMessages::postSaveFailure(db.lastErrorCode());
+    }
     db.close();
 }
 

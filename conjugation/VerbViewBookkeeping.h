@@ -34,7 +34,8 @@ bool readConjugations(Database &db, Verb &verb);
 // history. Does nothing (and succeeds) when history is switched off.
 bool writeHistory(Database &db, const Settings &settings, qint64 verbId, double timestamp);
 
-// The whole database turn of a showing: read, history, error report, close.
+// The whole database turn of a showing: read, history, error report (a lost
+// history entry is also shown to the user), close.
 void loadTurn(Database &db, const Settings &settings, Verb &verb);
 
 } // namespace VerbViewBookkeeping

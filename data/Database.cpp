@@ -1,6 +1,13 @@
 #include "Database.h"
 
+#include "CrashLog.h"
+#include "DatabaseQueue.h"
+#include "UserMessages.h"
+#include "Verb.h"
+
 #include <sqlite3.h>
+
+#include <optional>
 
 namespace norvella {
 
@@ -209,6 +216,24 @@ bool Database::executeUpdate(const QString &sql, const QVariantList &values)
     return rc == SQLITE_DONE;
 }
 
+bool Database::inTransaction(const std::function<bool()> &body)
+{
+    // SQLite opens a file it cannot write read-only and stays so; opened
+    // afresh, a connection writes as soon as the disk allows it again.
+    if (m_db && sqlite3_db_readonly(m_db, "main") == 1)
+        close();
+    if (!executeUpdate(QStringLiteral("BEGIN IMMEDIATE")))
+        return false;
+    if (body() && executeUpdate(QStringLiteral("COMMIT")))
+        return true;
+    const int code = m_lastErrorCode;
+    const QString message = m_lastErrorMessage;
+    if (m_db && !sqlite3_get_autocommit(m_db))
+        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    setError(code, message);
+    return false;
+}
+
 QString Database::lastErrorMessage() const
 {
     return m_lastErrorMessage.isEmpty() ? QStringLiteral("not an error") : m_lastErrorMessage;
@@ -217,6 +242,50 @@ QString Database::lastErrorMessage() const
 int Database::lastErrorCode() const
 {
     return m_lastErrorCode;
+}
+
+bool writeFavourite(Database &db, qint64 verbId, bool favourite, bool &isFavourite)
+{
+    std::optional<bool> stored;
+    const bool written = db.inTransaction([&] {
+        auto rows = db.executeQuery(QStringLiteral("SELECT count(*) AS n FROM favourite WHERE verbid=?"), {verbId});
+        if (!rows || !rows->next())
+            return false;
+        stored = rows->intForColumn(QStringLiteral("n")) > 0;
+        rows->close();
+        if (favourite)
+            return *stored || db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verbId});
+        return db.executeUpdate(QStringLiteral("DELETE FROM favourite WHERE verbid=?"), {verbId});
+    });
+    if (written)
+        isFavourite = favourite;
+    else if (stored)
+        isFavourite = *stored;
+    return written;
+}
+
+bool saveFavourite(DatabaseQueue *queue, Verb &verb, bool favourite, const char *failureReport)
+{
+    bool written = false;
+    bool stored = !favourite;
+    int code = 0;
+    QString message = QStringLiteral("no database is open");
+    if (queue) {
+        queue->inDatabase([&](Database &db) {
+            written = writeFavourite(db, verb.id, favourite, stored);
+            if (!written) {
+                code = db.lastErrorCode();
+                message = db.lastErrorMessage();
+            }
+            db.close();
+        });
+    }
+    verb.isFavourite = stored;
+    if (!written) {
+        CrashLog::log(errorReport(failureReport, message, code));
+        UserMessages::postSaveFailure(code);
+    }
+    return written;
 }
 
 } // namespace norvella

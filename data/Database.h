@@ -4,6 +4,7 @@
 #include <QVariant>
 #include <QVariantList>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -71,6 +72,14 @@ public:
     std::unique_ptr<ResultSet> executeQuery(const QString &sql, const QVariantList &values = {});
     bool executeUpdate(const QString &sql, const QVariantList &values = {});
 
+    // Runs `body` between BEGIN IMMEDIATE and COMMIT and answers whether all
+    // of it succeeded; on failure nothing of it stays. The error kept is the
+    // first one: SQLite ends a transaction by itself on some failures (a full
+    // disk among them), and a ROLLBACK sent blindly after those would replace
+    // the real reason with "no transaction is active". A connection that
+    // could only be opened read-only is opened again first.
+    bool inTransaction(const std::function<bool()> &body);
+
     QString lastErrorMessage() const;
     int lastErrorCode() const;
 
@@ -86,5 +95,23 @@ private:
     int m_lastErrorCode = 0;
     QString m_lastErrorMessage;
 };
+
+class DatabaseQueue;
+struct Verb;
+
+// The favourite mark as every screen writes it, in one transaction: marking a
+// verb that already is a favourite adds no row, unmarking removes every row of
+// it. `isFavourite` receives what the table holds afterwards; a failed write
+// leaves the table as it was, and `isFavourite` too when not even the table
+// could be read.
+bool writeFavourite(Database &db, qint64 verbId, bool favourite, bool &isFavourite);
+
+// A screen's favourite tap: the write on the queue, then the verb's flag set
+// to what the table holds. A failure is logged with SQLite's reason under
+// `failureReport` (the error-report pattern) and shown to the user; the flag
+// then stays or goes back to the unwritten state. False when nothing was written.
+inline constexpr char UnableToUpdateFavourite[] = "Unable to update favourite %@ (%d)";
+bool saveFavourite(DatabaseQueue *queue, Verb &verb, bool favourite,
+                   const char *failureReport = UnableToUpdateFavourite);
 
 } // namespace norvella

@@ -1,6 +1,7 @@
 #include "FavouritesTableViewController.h"
 
 #include "CrashLog.h"
+#include "Database.h"
 #include "VerbListTableViewController.h"
 
 namespace norvella {
@@ -39,15 +40,16 @@ QString FavouritesTableViewController::listQuery() const
     return query(VerbListTableViewController::sortColumn(settings(), PreferredLanguages::get()));
 }
 
-SingleSectionListController::Removal FavouritesTableViewController::removal() const
+QString FavouritesTableViewController::removalTitleKey() const
 {
-    return {QStringLiteral("action.favourite.remove"), QStringLiteral("DELETE FROM favourite WHERE favourite.verbid = ?"),
-            DatabaseErrors::RemovingFavourite};
+    return QStringLiteral("action.favourite.remove");
 }
 
-void FavouritesTableViewController::verbWillBeRemoved(Verb &verb)
+// The same write as the star of the other screens, so the verb's flag is the
+// table's afterwards, whatever happened.
+bool FavouritesTableViewController::removeStored(Verb &verb)
 {
-    verb.isFavourite = !verb.isFavourite;
+    return saveFavourite(queue().get(), verb, false, DatabaseErrors::RemovingFavourite);
 }
 
 void FavouritesTableViewController::verbWasRemoved(const VerbPtr &verb)

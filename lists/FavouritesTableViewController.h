@@ -21,8 +21,8 @@ public:
 
 protected:
     QString listQuery() const override;
-    Removal removal() const override;
-    void verbWillBeRemoved(Verb &verb) override;
+    QString removalTitleKey() const override;
+    bool removeStored(Verb &verb) override;
     void verbWasRemoved(const VerbPtr &verb) override;
 
 private:

@@ -1,6 +1,8 @@
 #include "HistoryTableViewController.h"
 
 #include "CrashLog.h"
+#include "Database.h"
+#include "UserMessages.h"
 
 namespace norvella {
 
@@ -24,10 +26,31 @@ QString HistoryTableViewController::query()
                           "ORDER BY timestamp DESC");
 }
 
-SingleSectionListController::Removal HistoryTableViewController::removal() const
+QString HistoryTableViewController::removalTitleKey() const
 {
-    return {QStringLiteral("action.remove"), QStringLiteral("DELETE FROM history WHERE history.verbid = ?"),
-            DatabaseErrors::RemovingHistory};
+    return QStringLiteral("action.remove");
+}
+
+bool HistoryTableViewController::removeStored(Verb &verb)
+{
+    if (!queue())
+        return false;
+    bool removed = false;
+    int code = 0;
+    queue()->inDatabase([&](Database &db) {
+        removed = db.inTransaction([&] {
+            return db.executeUpdate(QStringLiteral("DELETE FROM history WHERE history.verbid = ?"), {verb.id});
+        });
+        if (removed) {
+            db.close();
+        } else {
+            reportDatabaseError(DatabaseErrors::RemovingHistory, db);
+            code = db.lastErrorCode();
+        }
+    });
+    if (!removed)
+        UserMessages::postSaveFailure(code);
+    return removed;
 }
 
 } // namespace norvella

@@ -19,7 +19,8 @@ public:
 
 protected:
     QString listQuery() const override { return query(); }
-    Removal removal() const override;
+    QString removalTitleKey() const override;
+    bool removeStored(Verb &verb) override;
 };
 
 } // namespace norvella

@@ -54,11 +54,11 @@ SwipeAction *SingleSectionListController::trailingSwipeAction(int row)
     if (!verb)
         return nullptr;
     // Out of the data at once, before any tap: the row deletion that follows
-    // a tap has to find the list already shorter.
+    // a tap has to find the list already shorter. The verb's own flags stay
+    // as they are: the swipe may still be closed without a tap.
     m_verbs.removeOne(verb);
-    verbWillBeRemoved(*verb);
     QPointer<SingleSectionListController> self(this);
-    return SwipeAction::forQml(new SwipeAction(SwipeAction::Style::Destructive, removal().titleKey,
+    return SwipeAction::forQml(new SwipeAction(SwipeAction::Style::Destructive, removalTitleKey(),
                                                QStringLiteral("remove"), SwipeAction::destructiveColor(), verb,
                                                [self](const VerbPtr &verb) { return self ? self->remove(verb) : false; }));
 }
@@ -67,18 +67,16 @@ bool SingleSectionListController::remove(const VerbPtr &verb)
 {
     // The action reports completion first, which makes the view drop the row.
     deleteRow(verb.get());
-    const Removal what = removal();
-    if (queue()) {
-        queue()->inDatabase([&](Database &db) {
-            if (db.executeUpdate(what.deleteStatement, {verb->id}))
-                db.close();
-            else
-                reportDatabaseError(what.errorMessage, db);
-        });
+    if (!removeStored(*verb)) {
+        // The database still holds the verb, so its row comes back.
+        reload();
+        return true;
     }
     verbWasRemoved(verb);
+    // Read again rather than shown from the data: a swipe closed without a tap
+    // has taken its verb out of the data too, and that verb is still listed.
     if (m_verbs.isEmpty())
-        reloadData(rowsFor(m_verbs));
+        reload();
     return true;
 }
 

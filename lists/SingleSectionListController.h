@@ -6,7 +6,8 @@ namespace norvella {
 
 // What the favourites and the history lists have in common: one section, an
 // empty state, a reload that drops requests made while one runs, and a
-// destructive swipe that takes the row out of the list as soon as it is built.
+// destructive swipe whose row leaves the list data as soon as the action is
+// built (the verb itself is only changed once the removal is stored).
 class SingleSectionListController : public InterstitialTableViewController
 {
     Q_OBJECT
@@ -29,17 +30,13 @@ signals:
     void showsEmptyStateChanged();
 
 protected:
-    struct Removal
-    {
-        QString titleKey;
-        QString deleteStatement;
-        const char *errorMessage;
-    };
     virtual QString listQuery() const = 0;
-    virtual Removal removal() const = 0;
-    // Runs when the swipe action is built, after the verb has left the list.
-    virtual void verbWillBeRemoved(Verb &) {}
-    // Runs after the row is deleted and the database written.
+    // The title of the swipe action.
+    virtual QString removalTitleKey() const = 0;
+    // Takes the verb's rows out of the database; false when that failed, the
+    // failure then logged and shown to the user.
+    virtual bool removeStored(Verb &verb) = 0;
+    // Runs after the row is deleted and the removal stored.
     virtual void verbWasRemoved(const VerbPtr &) {}
 
 private:

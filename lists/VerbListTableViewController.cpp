@@ -228,17 +228,13 @@ SwipeAction *VerbListTableViewController::trailingSwipeAction(int row)
 
 bool VerbListTableViewController::toggleFavourite(const VerbPtr &verb)
 {
-    verb->isFavourite = !verb->isFavourite;
+    const bool wanted = !verb->isFavourite;
+    verb->isFavourite = wanted;
     reloadRow(verb.get());
-    if (queue()) {
-        queue()->inDatabase([&](Database &db) {
-            const bool ok = verb->isFavourite
-                    ? db.executeUpdate(QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)"), {verb->id})
-                    : db.executeUpdate(QStringLiteral("DELETE FROM favourite WHERE verbid=?"), {verb->id});
-            if (!ok)
-                qWarning().noquote() << QStringLiteral("Unable to update favourite ") + db.lastErrorMessage();
-            db.close();
-        });
+    if (!saveFavourite(queue().get(), *verb, wanted)) {
+        // The star goes back to what the table holds; nobody else needs to reload.
+        reloadRow(verb.get());
+        return true;
     }
     NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this, verbUserInfo(verb));
     return true;

@@ -8,12 +8,10 @@
 #include "MoreAppsTableViewController.h"
 #include "NavigationDrawerTableTableViewController.h"
 #include "Settings.h"
-#include "ShortcutChannel.h"
 #include "TestSupport.h"
 #include "VerbRef.h"
 
 #include <QAbstractItemModelTester>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <QtTest>
@@ -170,30 +168,6 @@ private slots:
         delegate.setCollapsed(true);
         delegate.performActionForShortcutItem(QStringLiteral("com.quorbel.shortcut.search"));
         QCOMPARE(focus.count(), 1);
-    }
-
-    void secondProcessForwardsItsActionAndExits()
-    {
-        // The real binary, started as a desktop action would start it.
-        const QString user = QStringLiteral("t%1").arg(QCoreApplication::applicationPid());
-        ShortcutChannel running;
-        QVERIFY(running.listen(QStringLiteral("norvella-shortcuts-") + user));
-        QSignalSpy received(&running, &ShortcutChannel::shortcutReceived);
-
-        QProcess second;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("USER"), user);
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.insert(QStringLiteral("HOME"), m_dir->path());
-        second.setProcessEnvironment(env);
-        second.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--shortcut"), QStringLiteral("favourite")});
-        QVERIFY(second.waitForStarted());
-        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, 10000);
-        QCOMPARE(received.first().first().toString(), QStringLiteral("com.quorbel.shortcut.favourite"));
-        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, 10000);
-        QCOMPARE(second.exitCode(), 0);
-        // With nobody listening, forwarding gives up.
-        QVERIFY(!ShortcutChannel::forward(QStringLiteral("norvella-nobody-") + user, QStringLiteral("list"), 200));
     }
 
     // The theme's colours on each background the screens put them on: text 4.5:1, icons 3:1.

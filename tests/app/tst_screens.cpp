@@ -7,9 +7,12 @@
 #include "HomeViewController.h"
 #include "QmlLoadHarness.h"
 #include "Settings.h"
+#include "Strings.h"
 #include "TestSupport.h"
+#include "UserMessages.h"
 #include "VerbRef.h"
 
+#include <QAccessible>
 #include <QQuickItem>
 #include <QTemporaryDir>
 #include <QtQml/qqmlextensionplugin.h>
@@ -186,6 +189,60 @@ private slots:
             m_window->resize(size);
             render();
             QVERIFY(detailShows(QStringLiteral("andare")));
+        }
+        QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
+    }
+
+    // Notices posted before there is a window show once it listens, one at a time, each
+    // closed with a control large enough to tap; assistive technology hears them as alerts.
+    void noticesWaitForTheWindow()
+    {
+        QTemporaryDir dir;
+        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
+        QVERIFY(QDir().mkpath(environment.documentsDirectory));
+        QVERIFY(test::createFixtureDatabase(environment.masterPath));
+        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
+        Settings::standard().clear();
+        for (const char *text : {"The verb data was repaired.", "Could not save.", "The verb data was repaired."})
+            UserMessages::post(QString::fromUtf8(text));
+        {
+            AppDelegate delegate(environment, Settings::standard());
+            test::QmlScreen qml;
+            delegate.setWindowFactory([&](AppDelegate &d) {
+                QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), QSize(390, 844),
+                                 {{"appDelegate", QVariant::fromValue(&d)}}));
+            });
+            delegate.didFinishLaunching();
+            QVERIFY(qml.window);
+            // As the app's start does once its window is there.
+            UserMessages::setListener([window = qml.window.get()](const QString &text) {
+                QMetaObject::invokeMethod(window, "showMessage", Q_ARG(QString, text));
+            });
+            QVERIFY(UserMessages::pending().isEmpty());
+            QVERIFY(qml.settle());
+
+            auto *bar = qml.find<QQuickItem>("messageBar");
+            auto *close = qml.find<QQuickItem>("messageBarClose");
+            QVERIFY(bar && close);
+            QVERIFY(bar->isVisible() && test::onScreen(bar));
+            QCOMPARE(test::accessibleName(bar), QStringLiteral("The verb data was repaired."));
+            const QObjectList attached = bar->children();
+            const auto accessible = std::find_if(attached.begin(), attached.end(), [](QObject *child) {
+                return qstrcmp(child->metaObject()->className(), "QQuickAccessibleAttached") == 0;
+            });
+            QVERIFY(accessible != attached.end());
+            QCOMPARE((*accessible)->property("role").toInt(), int(QAccessible::AlertMessage));
+            QCOMPARE(test::accessibleName(close), Strings::text(QStringLiteral("common.close")));
+            QVERIFY(close->width() >= 44 && close->height() >= 44);
+            qml.grab(QStringLiteral("notice"));
+
+            QVERIFY(qml.click(close));
+            QCOMPARE(test::accessibleName(bar), QStringLiteral("Could not save."));
+            // The same notice again while it shows is not queued twice.
+            UserMessages::post(QStringLiteral("Could not save."));
+            QVERIFY(qml.click(close));
+            QVERIFY(!bar->isVisible());
+            UserMessages::setListener({});
         }
         QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
     }

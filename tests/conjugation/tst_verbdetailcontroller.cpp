@@ -5,6 +5,7 @@
 #include "ConjugationSectionModel.h"
 #include "ConjugationTestFixture.h"
 #include "NotificationCenter.h"
+#include "UserMessages.h"
 #include "VerbLookup.h"
 #include "VerbViewBookkeeping.h"
 
@@ -34,6 +35,7 @@ private:
     int m_reviewRequests = 0;
     QList<Notification> m_viewed;
     QList<Notification> m_toggled;
+    QStringList m_messages;
     std::unique_ptr<ObserverSet> m_observers;
 
     VerbDetailTableViewController &show(const VerbPtr &verb, const QStringList &arguments = {})
@@ -54,6 +56,8 @@ private slots:
         m_reviewRequests = 0;
         m_viewed.clear();
         m_toggled.clear();
+        m_messages.clear();
+        UserMessages::setListener([this](const QString &text) { m_messages << text; });
         ConjugationServices::setReviewHandler([this] { ++m_reviewRequests; });
         m_observers = std::make_unique<ObserverSet>();
         m_observers->add(Notifications::VerbViewed, [this](const Notification &n) { m_viewed.append(n); });
@@ -65,6 +69,7 @@ private slots:
         m_fixture.reset();
         m_observers.reset();
         ConjugationServices::setReviewHandler({});
+        UserMessages::setListener({});
     }
 
     void formsGoToTheListOfTheirTypeInConjOrder()
@@ -290,16 +295,19 @@ private slots:
         post({});
         QCOMPARE(changed.count(), 3);
 
-        // One that cannot be written still flips, with or without a database.
+        // A write that fails puts the star back and says so, and so does a screen without a
+        // database; the other screens are not told of a change that did not happen.
+        const qsizetype toggles = m_toggled.size();
         QVERIFY(m_fixture->run(QStringLiteral("DROP TABLE favourite")));
         screen.toggleFavourite();
-        QVERIFY(!screen.isFavourite());
-        QVERIFY(m_fixture->log().contains(QStringLiteral("Unable to update favourite no such table: favourite")));
+        QVERIFY(screen.isFavourite());
+        QVERIFY(m_fixture->log().contains(QStringLiteral("Unable to update favourite no such table: favourite (1)")));
         m_fixture->queue.reset();
         auto &again = show(ConjugationFixture::alzarsi());
         again.toggleFavourite();
-        QVERIFY(again.isFavourite());
-        QCOMPARE(m_toggled.last().sender(), &again);
+        QVERIFY(!again.isFavourite());
+        QCOMPARE(m_toggled.size(), toggles);
+        QCOMPARE(m_messages, QStringList(2, Strings::text(QStringLiteral("common.save_failed"))));
     }
 
     void aClosedScreenStopsListening()

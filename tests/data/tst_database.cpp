@@ -2,6 +2,8 @@
 #include "DatabaseQueue.h"
 #include "TestSupport.h"
 
+#include <sqlite3.h>
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -89,6 +91,72 @@ private slots:
         QVERIFY(!absent.isUsable());
         absent.inDatabase([](Database &db) { QVERIFY(!db.executeQuery(QStringLiteral("SELECT 1"))); });
         QVERIFY(!QFile::exists(missing));
+    }
+
+    // All or nothing, and the reason kept is the first failure's, also when SQLite has
+    // already ended the transaction by itself, as it does when the database is full.
+    void transactionsKeepTheFirstError()
+    {
+        DatabaseQueue queue(m_path);
+        queue.inDatabase([&](Database &db) {
+            const QString insert = QStringLiteral("INSERT INTO favourite(verbid) VALUES(?)");
+            QVERIFY(!db.inTransaction([&] {
+                return db.executeUpdate(insert, {40}) && db.executeUpdate(QStringLiteral("INSERT INTO nowhere VALUES(1)"));
+            }));
+            QCOMPARE(db.lastErrorMessage(), QStringLiteral("no such table: nowhere"));
+
+            auto pages = db.executeQuery(QStringLiteral("PRAGMA page_count"));
+            QVERIFY(pages && pages->next());
+            const int used = pages->intForColumn(QStringLiteral("page_count"));
+            pages->close();
+            QVERIFY(db.executeUpdate(QStringLiteral("PRAGMA max_page_count = %1").arg(used)));
+            QVERIFY(!db.inTransaction([&] {
+                for (int i = 0; i < 100; ++i) {
+                    if (!db.executeUpdate(QStringLiteral("INSERT INTO history(verbid, timestamp) VALUES(?, ?)"),
+                                          {QString(2000, u'x'), i}))
+                        return false;
+                }
+                return true;
+            }));
+            QCOMPARE(db.lastErrorCode(), SQLITE_FULL);
+            QCOMPARE(db.lastErrorMessage(), QStringLiteral("database or disk is full"));
+            QVERIFY(sqlite3_get_autocommit(db.handle()));
+
+            QVERIFY(db.executeUpdate(QStringLiteral("PRAGMA max_page_count = 1000000")));
+            QVERIFY(db.inTransaction([&] { return db.executeUpdate(insert, {41}); }));
+        });
+        QCOMPARE(test::querySingleColumn(m_path, QStringLiteral("SELECT verbid FROM favourite WHERE verbid >= 40")),
+                 QStringList{"41"});
+        QCOMPARE(test::querySingleColumn(m_path, QStringLiteral("SELECT count(*) FROM history WHERE length(verbid) > 100")),
+                 QStringList{"0"});
+    }
+
+    // Marking stores a verb once however often it is asked (an old double stays as it is),
+    // unmarking takes every row; the flag given back is what the table holds, also after a failure.
+    void favouriteWritesStoreAVerbOnce()
+    {
+        QVERIFY(test::runSql(m_path, QStringLiteral("INSERT INTO favourite(verbid) VALUES (50), (50);"
+                                                    "CREATE TRIGGER refuse BEFORE INSERT ON favourite WHEN NEW.verbid = 52 "
+                                                    "BEGIN SELECT RAISE(ABORT, 'refused'); END;")));
+        const QString rows = QStringLiteral("SELECT verbid FROM favourite WHERE verbid >= 50 ORDER BY verbid");
+        DatabaseQueue queue(m_path);
+        queue.inDatabase([&](Database &db) {
+            bool flag = false;
+            QVERIFY(writeFavourite(db, 51, true, flag) && flag);
+            QVERIFY(writeFavourite(db, 51, true, flag) && flag);
+            QVERIFY(writeFavourite(db, 50, true, flag) && flag);
+            QCOMPARE(test::querySingleColumn(m_path, rows), (QStringList{"50", "50", "51"}));
+            QVERIFY(writeFavourite(db, 50, false, flag) && !flag);
+            QVERIFY(writeFavourite(db, 50, false, flag) && !flag);
+            QCOMPARE(test::querySingleColumn(m_path, rows), QStringList{"51"});
+
+            flag = true;
+            QVERIFY(!writeFavourite(db, 52, true, flag));
+            QVERIFY(!flag);
+            QCOMPARE(db.lastErrorMessage(), QStringLiteral("refused"));
+            QVERIFY(sqlite3_get_autocommit(db.handle()));
+        });
+        QCOMPARE(test::querySingleColumn(m_path, rows), QStringList{"51"});
     }
 
 private:

@@ -1,7 +1,9 @@
 #include "FavouritesTableViewController.h"
 #include "HistoryTableViewController.h"
 #include "ListTestSupport.h"
+#include "Strings.h"
 #include "TestSupport.h"
+#include "UserMessages.h"
 #include "VerbListTableViewController.h"
 
 #include <QAbstractItemModelTester>
@@ -16,6 +18,7 @@ class FavouritesHistoryTest : public QObject
 
 private:
     std::unique_ptr<test::ListFixture> m_fixture;
+    QStringList m_messages;
 
     template<typename List> std::unique_ptr<List> makeList()
     {
@@ -38,9 +41,15 @@ private slots:
         m_fixture = std::make_unique<test::ListFixture>();
         QVERIFY(m_fixture->create(QStringLiteral(
                 "INSERT INTO history(verbid, timestamp) VALUES (1, 100.5), (3, 300.25), (1, 90), (2, 200), (404, 500);")));
+        m_messages.clear();
+        UserMessages::setListener([this](const QString &text) { m_messages << text; });
     }
 
-    void cleanup() { PreferredLanguages::clearOverride(); }
+    void cleanup()
+    {
+        UserMessages::setListener({});
+        PreferredLanguages::clearOverride();
+    }
 
     void favouritesAreInSortOrder()
     {
@@ -72,8 +81,9 @@ private slots:
         const VerbPtr andare = favourites->verbAtRow(0);
         std::unique_ptr<SwipeAction> action(favourites->trailingSwipeAction(0));
         QCOMPARE(action->titleKey(), QStringLiteral("action.favourite.remove"));
-        // Building the action already changed the data, but not the view or the database.
-        QVERIFY(!andare->isFavourite);
+        // Building the action already changed the data, but not the verb, the view or the database.
+        QCOMPARE(favourites->verbs().size(), 1);
+        QVERIFY(andare->isFavourite);
         QCOMPARE(favourites->rowCount(), 2);
         QCOMPARE(ids("favourite"), (QStringList{"1", "3"}));
 
@@ -86,6 +96,7 @@ private slots:
         QCOMPARE(test::italianColumn(*favourites), QStringList{"mangiare"});
         QCOMPARE(notifications.posted.size(), 1);
         QCOMPARE(notifications.posted.first().userInfo.value("verb").value<VerbPtr>(), andare);
+        QVERIFY(!andare->isFavourite);
         QCOMPARE(favouriteResets.count(), 1); // the reload above only
         QCOMPARE(verbListResets.count(), 1);
 
@@ -96,19 +107,22 @@ private slots:
         QVERIFY(favourites->showsEmptyState());
     }
 
+    // A removal the database refuses is logged and shown, and its row comes back, still a favourite.
     void favouritesFailuresAreLogged()
     {
         QVERIFY(test::runSql(m_fixture->databasePath,
                              "INSERT INTO favourite(verbid) VALUES (1);"
                              "CREATE TRIGGER keep BEFORE DELETE ON favourite BEGIN SELECT RAISE(ABORT, 'kept'); END;"));
         auto favourites = makeList<FavouritesTableViewController>();
+        test::FavouriteNotifications notifications;
         std::unique_ptr<SwipeAction> action(favourites->trailingSwipeAction(0));
         QVERIFY(action->trigger());
         QVERIFY(m_fixture->log().contains("An error occurred when removing the favourite: kept (19)"));
-        // Gone from the screen; back at the next reload.
-        QCOMPARE(favourites->rowCount(), 0);
-        favourites->reload();
-        QCOMPARE(favourites->rowCount(), 1);
+        QCOMPARE(m_messages, QStringList{Strings::text("common.save_failed")});
+        QCOMPARE(test::italianColumn(*favourites), QStringList{"andare"});
+        QVERIFY(action->verb()->isFavourite && favourites->verbAtRow(0)->isFavourite);
+        QVERIFY(notifications.posted.isEmpty());
+        QCOMPARE(ids("favourite"), QStringList{"1"});
     }
 
     void reloadAskedForDuringAReloadIsDropped()
@@ -170,13 +184,15 @@ private slots:
         QVERIFY(history->showsEmptyState());
         QCOMPARE(ids("history"), QStringList{"404"});
 
-        // A failed removal is logged.
+        // A failed removal is logged and shown, and the row comes back.
         QVERIFY(test::runSql(m_fixture->databasePath, "INSERT INTO history(verbid, timestamp) VALUES (2, 1);"
                                                       "CREATE TRIGGER keep BEFORE DELETE ON history BEGIN SELECT RAISE(ABORT, 'kept'); END;"));
         history->reload();
         action.reset(history->trailingSwipeAction(0));
         QVERIFY(action->trigger());
         QVERIFY(m_fixture->log().contains("An error occurred when removing the item from history: kept (19)"));
+        QCOMPARE(m_messages, QStringList{Strings::text("common.save_failed")});
+        QCOMPARE(test::italianColumn(*history), QStringList{"essere"});
     }
 };
 

@@ -1,6 +1,8 @@
 #include "FavouritesTableViewController.h"
 #include "ListTestSupport.h"
+#include "Strings.h"
 #include "TestSupport.h"
+#include "UserMessages.h"
 #include "VerbListTableViewController.h"
 
 #include <QAbstractItemModelTester>
@@ -137,12 +139,20 @@ private slots:
     void failuresAreLoggedAndKeepWhatTheUserSees()
     {
         auto list = makeList();
-        // A failed write keeps the new mark.
+        // A failed write puts the mark back, redraws the row and says why, and tells nobody else.
         QVERIFY(test::runSql(m_fixture->databasePath, "DROP TABLE favourite; CREATE TABLE favourite(_id INTEGER PRIMARY KEY, verbid INTEGER CHECK (verbid < 0));"));
+        QStringList messages;
+        UserMessages::setListener([&](const QString &text) { messages << text; });
+        test::FavouriteNotifications notifications;
+        QSignalSpy changes(list.get(), &QAbstractItemModel::dataChanged);
         std::unique_ptr<SwipeAction> action(list->trailingSwipeAction(1));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Unable to update favourite .*CHECK constraint failed"));
         QVERIFY(action->trigger());
-        QVERIFY(list->verbAtRow(1)->isFavourite);
+        UserMessages::setListener({});
+        QVERIFY(!list->verbAtRow(1)->isFavourite);
+        QCOMPARE(changes.count(), 2);
+        QCOMPARE(messages, QStringList{Strings::text("common.save_failed")});
+        QVERIFY(notifications.posted.isEmpty());
+        QVERIFY(m_fixture->log().contains("Unable to update favourite CHECK constraint failed"));
 
         // A failed reload keeps the section titles over no rows.
         const QStringList keys = list->keys();
