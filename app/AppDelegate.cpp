@@ -9,6 +9,7 @@
 #include "ShortcutChannel.h"
 #include "Settings.h"
 #include "Strings.h"
+#include "UserMessages.h"
 #include "VerbStore.h"
 
 #include <QCoreApplication>
@@ -96,13 +97,16 @@ bool AppDelegate::prepareDatabase()
         // The app still opens, with empty lists, and the next launch tries again.
         CrashLog::log(QStringLiteral("Unable to initialise database ") + result.error);
         m_launchNotice = Strings::text(QStringLiteral("data.unavailable")).arg(result.error);
+        UserMessages::post(m_launchNotice);
         m_queue.reset();
         return true;
     case VerbStore::Outcome::Ready:
-        if (result.repaired)
+        if (result.repaired) {
             m_launchNotice = Strings::text(QStringLiteral("data.repaired"))
                                      .arg(result.keptFavourites)
                                      .arg(result.keptHistory);
+            UserMessages::post(m_launchNotice);
+        }
         m_queue = std::make_shared<DatabaseQueue>(VerbStore::workingCopyPath(m_environment.documentsDirectory));
         m_check = std::make_unique<DatabaseCheck>(m_queue->path());
         QTimer::singleShot(DatabaseCheckDelayMs, this, [this] { m_check->start(); });
