@@ -2,71 +2,19 @@
 
 #include "CrashLog.h"
 
-#include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QSaveFile>
+#include <QLockFile>
 #include <QStandardPaths>
 
 namespace norvella {
 
 namespace {
-
-QJsonObject encode(const QVariant &value)
-{
-    QJsonObject entry;
-    switch (value.metaType().id()) {
-    case QMetaType::Bool:
-        entry.insert(QStringLiteral("type"), QStringLiteral("bool"));
-        entry.insert(QStringLiteral("value"), value.toBool());
-        break;
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-        entry.insert(QStringLiteral("type"), QStringLiteral("int"));
-        // As text: a double in JSON would lose integers above 2^53.
-        entry.insert(QStringLiteral("value"), QString::number(value.toLongLong()));
-        break;
-    case QMetaType::Double:
-    case QMetaType::Float:
-        entry.insert(QStringLiteral("type"), QStringLiteral("double"));
-        entry.insert(QStringLiteral("value"), value.toDouble());
-        break;
-    default:
-        entry.insert(QStringLiteral("type"), QStringLiteral("string"));
-        entry.insert(QStringLiteral("value"), value.toString());
-    }
-    return entry;
+// Another process holds the lock only for the few milliseconds of its own save.
+constexpr int LockTimeoutMs = 2000;
 }
 
-std::optional<QVariant> decode(const QJsonValue &json)
-{
-    const QJsonObject entry = json.toObject();
-    const QString type = entry.value(QStringLiteral("type")).toString();
-    const QJsonValue value = entry.value(QStringLiteral("value"));
-    if (type == QLatin1String("bool") && value.isBool())
-        return QVariant(value.toBool());
-    if (type == QLatin1String("int") && value.isString()) {
-        bool ok = false;
-        const qint64 n = value.toString().toLongLong(&ok);
-        if (ok)
-            return QVariant::fromValue(n);
-    }
-    if (type == QLatin1String("double") && value.isDouble())
-        return QVariant(value.toDouble());
-    if (type == QLatin1String("string") && value.isString())
-        return QVariant(value.toString());
-    return std::nullopt;
-}
-
-} // namespace
-
-Settings::Settings(QString filePath) : m_filePath(std::move(filePath))
+Settings::Settings(QString filePath) : m_file(std::move(filePath))
 {
     reload();
 }
@@ -84,42 +32,34 @@ Settings &Settings::standard()
 
 void Settings::reload()
 {
-    m_values.clear();
-    QFile file(m_filePath);
-    if (!file.exists())
+    m_changes.clear();
+    m_clearAll = false;
+    // A whole file is read without the lock: every writer replaces it in one rename.
+    if (m_file.isWhole()) {
+        m_values = m_file.load(false);
         return;
-    QString problem;
-    if (!file.open(QIODevice::ReadOnly)) {
-        problem = file.errorString();
-    } else {
-        QJsonParseError error;
-        const QJsonDocument doc = QJsonDocument::fromJson(file.readAll(), &error);
-        file.close();
-        if (error.error != QJsonParseError::NoError || !doc.isObject()) {
-            problem = error.error != QJsonParseError::NoError ? error.errorString() : QStringLiteral("not an object");
-        } else {
-            const QJsonObject root = doc.object();
-            for (auto it = root.begin(); it != root.end(); ++it) {
-                if (auto value = decode(it.value()))
-                    m_values.insert(it.key(), *value);
-                else
-                    CrashLog::log(QStringLiteral("Settings: ignoring malformed value for \"%1\"").arg(it.key()));
-            }
-            return;
+    }
+    QLockFile lock(m_file.lockPath());
+    // A damaged file is moved aside only while no other process can be replacing it.
+    const bool locked = lock.tryLock(LockTimeoutMs);
+    m_values = m_file.load(locked);
+    // What came back from the last-good copy, or from the readable part of a damaged
+    // file, is on disk nowhere else once that file is aside: write it out now, or
+    // carry it as this process's own changes until a save succeeds.
+    if (locked && !m_file.fileIsGood() && !m_values.isEmpty()) {
+        QString error;
+        if (!m_file.store(m_values, &error)) {
+            saveFailed(error);
+            m_changes = m_values;
         }
     }
-    // Keep the unreadable file for inspection rather than overwriting it.
-    const QString aside = m_filePath + QStringLiteral(".corrupt-")
-            + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    const bool moved = QFile::rename(m_filePath, aside);
-    CrashLog::log(QStringLiteral("Settings file %1 is unreadable (%2); %3, starting with empty settings")
-                          .arg(m_filePath, problem, moved ? QStringLiteral("moved to ") + aside
-                                                          : QStringLiteral("could not move it aside")));
 }
 
 void Settings::clear()
 {
     m_values.clear();
+    m_changes.clear();
+    m_clearAll = true;
     save();
 }
 
@@ -181,13 +121,16 @@ void Settings::setObject(const QString &key, const QVariant &value)
     else if (value.metaType().id() == QMetaType::Float)
         stored = QVariant(value.toDouble());
     m_values.insert(key, stored);
+    m_changes.insert(key, stored);
     save();
 }
 
 void Settings::removeObject(const QString &key)
 {
-    if (m_values.remove(key) > 0)
-        save();
+    // Saved even when absent here: another process may have set it since.
+    m_values.remove(key);
+    m_changes.insert(key, QVariant());
+    save();
 }
 
 bool Settings::synchronize()
@@ -197,21 +140,60 @@ bool Settings::synchronize()
 
 bool Settings::save()
 {
-    QJsonObject root;
-    for (auto it = m_values.cbegin(); it != m_values.cend(); ++it)
-        root.insert(it.key(), encode(it.value()));
-    QDir().mkpath(QFileInfo(m_filePath).absolutePath());
-    QSaveFile file(m_filePath);
-    if (!file.open(QIODevice::WriteOnly)) {
-        CrashLog::log(QStringLiteral("Unable to save settings to %1: %2").arg(m_filePath, file.errorString()));
-        return false;
+    if (m_batchDepth > 0) {
+        m_saveDeferred = true;
+        return true;
     }
-    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
-    if (!file.commit()) {
-        CrashLog::log(QStringLiteral("Unable to save settings to %1: %2").arg(m_filePath, file.errorString()));
-        return false;
+    m_saveDeferred = false;
+    if (m_changes.isEmpty() && !m_clearAll)
+        return true;
+    QDir().mkpath(QFileInfo(m_file.path()).absolutePath());
+    QLockFile lock(m_file.lockPath());
+    if (!lock.tryLock(LockTimeoutMs) && lock.error() == QLockFile::LockFailedError)
+        return saveFailed(QStringLiteral("another process holds %1").arg(m_file.lockPath()));
+    // Without a lock file (a read-only folder, a full disk) the write below is still
+    // tried: it fails too, and its error says why.
+    SettingsFile::Values merged = m_file.load(lock.isLocked());
+    const QByteArray onDisk = SettingsFile::encode(merged);
+    if (m_clearAll)
+        merged.clear();
+    for (auto it = m_changes.cbegin(); it != m_changes.cend(); ++it) {
+        if (it.value().isValid())
+            merged.insert(it.key(), it.value());
+        else
+            merged.remove(it.key());
     }
+    m_values = merged;
+    if (!m_file.fileIsGood() || SettingsFile::encode(merged) != onDisk) {
+        QString error;
+        if (!m_file.store(merged, &error))
+            return saveFailed(error);
+    }
+    m_changes.clear();
+    m_clearAll = false;
+    m_lastSaveError.clear();
     return true;
+}
+
+bool Settings::saveFailed(const QString &reason)
+{
+    // Said once: a read-only folder would otherwise log on every change.
+    if (reason != m_lastSaveError) {
+        m_lastSaveError = reason;
+        CrashLog::log(QStringLiteral("Unable to save settings %1: %2").arg(m_file.path(), reason));
+    }
+    return false;
+}
+
+Settings::Batch::Batch(Settings &settings) : m_settings(settings)
+{
+    ++m_settings.m_batchDepth;
+}
+
+Settings::Batch::~Batch()
+{
+    if (--m_settings.m_batchDepth == 0 && m_settings.m_saveDeferred)
+        m_settings.save();
 }
 
 std::optional<bool> strictBool(const QVariant &value)
@@ -299,6 +281,7 @@ bool registerFirstRunValues(Settings &s)
 {
     if (s.contains(SettingsKeys::IncludeEnglish))
         return false;
+    const Settings::Batch batch(s);
     s.setBool(SettingsKeys::IncludeEnglish, true);
     s.setString(SettingsKeys::SearchFrom, QStringLiteral("S"));
     s.setBool(SettingsKeys::SearchConjugations, false);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SettingsFile.h"
+
 #include <QMap>
 #include <QString>
 #include <QVariant>
@@ -11,7 +13,9 @@ namespace norvella {
 // The user's key-value store. Values keep their type across restarts (a bool
 // stays a bool, 1 stays an integer and 0.75 a double), and every change is
 // written to disk at once through an atomic replace, so a crash never leaves
-// half a file behind.
+// half a file behind. Several processes may share the file: a save writes only
+// the keys this process changed, on top of what the file holds at that moment.
+// A save that fails keeps the change in memory and the next save writes it.
 class Settings
 {
 public:
@@ -21,7 +25,7 @@ public:
     static Settings &standard();
     static QString standardFilePath();
 
-    const QString &filePath() const { return m_filePath; }
+    const QString &filePath() const { return m_file.path(); }
 
     // Untyped read: invalid when absent.
     QVariant objectForKey(const QString &key) const;
@@ -37,17 +41,38 @@ public:
     void setInteger(const QString &key, qint64 value) { setObject(key, QVariant::fromValue(value)); }
     void setDouble(const QString &key, double value) { setObject(key, value); }
     void removeObject(const QString &key);
+    // True once every change of this process is on disk.
     bool synchronize();
 
     // Drop the in-memory values and read the file again, as a restart would.
     void reload();
     void clear();
 
+    // Changes made while a batch is alive are written once, when the outermost one ends.
+    class Batch
+    {
+    public:
+        explicit Batch(Settings &settings);
+        ~Batch();
+        Batch(const Batch &) = delete;
+        Batch &operator=(const Batch &) = delete;
+
+    private:
+        Settings &m_settings;
+    };
+
 private:
     bool save();
+    bool saveFailed(const QString &reason);
 
-    QString m_filePath;
+    SettingsFile m_file;
     QMap<QString, QVariant> m_values;
+    // What this process set, or removed (an invalid value), since it last read the file.
+    QMap<QString, QVariant> m_changes;
+    bool m_clearAll = false;
+    int m_batchDepth = 0;
+    bool m_saveDeferred = false;
+    QString m_lastSaveError;
 };
 
 // Every key the app stores, with what an absent value reads as. Readers go

@@ -115,7 +115,7 @@ private slots:
     }
 
     // The window is built once the queue is open. An old settings file wins over the
-    // first-run values and is deleted; a malformed one is kept.
+    // first-run values and is deleted; a malformed one is moved aside, unread.
     void launchPreparesDatabaseAndSettings_data()
     {
         QTest::addColumn<QString>("format");
@@ -139,7 +139,8 @@ private slots:
         QCOMPARE(windowsBuilt, 1);
         QCOMPARE(delegate.status(), AppDelegate::Status::Running);
         QCOMPARE(m_settings->stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("3.0"));
-        QCOMPARE(QFile::exists(path), format == QLatin1String("malformed"));
+        QVERIFY(!QFile::exists(path));
+        QCOMPARE(QFile::exists(path + QStringLiteral(".corrupt")), format == QLatin1String("malformed"));
         QCOMPARE(m_settings->objectForKey(SettingsKeys::IncludeEnglish), QVariant(!used));
         QCOMPARE(m_settings->objectForKey(SettingsKeys::SearchFrom), QVariant(used ? QStringLiteral("W") : QStringLiteral("S")));
         // Keys absent from the old file keep their first-run values.

@@ -1,22 +1,62 @@
+#include "CrashLog.h"
 #include "NotificationCenter.h"
+#include "PermissionsEnforced.h"
 #include "Settings.h"
 #include "Verb.h"
 
 #include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLockFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <optional>
+
 using namespace norvella;
+
+namespace {
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+QStringList keysIn(const QString &path)
+{
+    return QJsonDocument::fromJson(readFile(path)).object().keys();
+}
+} // namespace
 
 class SettingsTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid() && m_logDir.isValid());
+        CrashLog::setLogFilePath(m_logDir.filePath(QStringLiteral("norvella.log")));
+    }
+
     void init()
     {
-        QVERIFY(m_dir.isValid());
-        QFile::remove(path());
+        QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QDir dir(m_dir.path());
+        for (const QFileInfo &entry : dir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
+            if (entry.isDir())
+                QDir(entry.filePath()).removeRecursively();
+            else
+                QFile::remove(entry.filePath());
+        }
+        takeLog();
     }
 
     void typesSurviveARestart()
@@ -47,22 +87,164 @@ private slots:
         QCOMPARE(Settings(path()).objectForKey(SettingsKeys::UseHistory), QVariant(false));
         settings.removeObject(SettingsKeys::UseHistory);
         QVERIFY(!Settings(path()).contains(SettingsKeys::UseHistory));
-        // No temporary files are left beside the store.
-        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("settings.json")});
+        // Beside the store only its last-good copy, the store before the last change:
+        // no temporary file, no lock left behind.
+        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden),
+                 (QStringList{QStringLiteral("settings.json"), QStringLiteral("settings.json.bak")}));
+        QCOMPARE(keysIn(backupPath()), QStringList{SettingsKeys::UseHistory});
     }
 
-    void unreadableFileIsMovedAsideAndStoreStartsEmpty()
+    // Whatever happened to the file, the store reads what it can, says so, and keeps one damaged copy.
+    void damagedFileFallsBackToTheLastGoodCopy_data()
     {
-        QFile file(path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("{ this is not json");
-        file.close();
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<bool>("withBackup");
+        for (const char *damage : {"empty", "truncated", "garbage", "not an object", "wrong types", "directory", "unreadable"}) {
+            QTest::addRow("%s, last-good copy", damage) << QString::fromLatin1(damage) << true;
+            QTest::addRow("%s, nothing else", damage) << QString::fromLatin1(damage) << false;
+        }
+    }
+
+    void damagedFileFallsBackToTheLastGoodCopy()
+    {
+        QFETCH(QString, damage);
+        QFETCH(bool, withBackup);
+        {
+            Settings settings(path());
+            settings.setBool(SettingsKeys::UseHistory, false);
+            settings.setString(SettingsKeys::SearchFrom, QStringLiteral("W"));
+        }
+        if (!withBackup)
+            QVERIFY(QFile::remove(backupPath()));
+        const QByteArray good = readFile(path());
+        std::optional<test::PermissionsEnforced> enforced;
+        if (damage == QLatin1String("empty"))
+            QVERIFY(writeFile(path(), {}));
+        else if (damage == QLatin1String("truncated"))
+            QVERIFY(writeFile(path(), good.left(good.size() / 2)));
+        else if (damage == QLatin1String("garbage"))
+            QVERIFY(writeFile(path(), QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)));
+        else if (damage == QLatin1String("not an object"))
+            QVERIFY(writeFile(path(), R"([{"type": "bool", "value": false}])"));
+        else if (damage == QLatin1String("wrong types"))
+            QVERIFY(writeFile(path(), R"({"UseHistory": {"type": "bool", "value": "no"},
+                                          "SearchFrom": {"type": "string", "value": "W"}, "SortByLang": 7})"));
+        else if (damage == QLatin1String("directory"))
+            QVERIFY(QFile::remove(path()) && QDir().mkpath(path() + QStringLiteral("/inside")));
+        else if (damage == QLatin1String("unreadable")) {
+            enforced.emplace();
+            if (!enforced->active())
+                QSKIP("cannot make a file unreadable for this user");
+            QVERIFY(QFile::setPermissions(path(), {}));
+        }
+
         Settings settings(path());
-        QVERIFY(!settings.contains(SettingsKeys::IncludeEnglish));
-        QVERIFY(Preferences::registerFirstRunValues(settings));
-        const QStringList aside = QDir(m_dir.path()).entryList({QStringLiteral("settings.json.corrupt-*")});
-        QCOMPARE(aside.size(), 1);
-        QCOMPARE(Settings(path()).objectForKey(SettingsKeys::IncludeEnglish), QVariant(true));
+        // A file with some good entries gives them up as well.
+        const bool salvaged = damage == QLatin1String("wrong types");
+        QCOMPARE(settings.objectForKey(SettingsKeys::UseHistory), withBackup ? QVariant(false) : QVariant());
+        QCOMPARE(settings.objectForKey(SettingsKeys::SearchFrom), salvaged ? QVariant(QStringLiteral("W")) : QVariant());
+        QVERIFY(!settings.contains(SettingsKeys::SortByLang));
+        const QByteArray log = takeLog();
+        QVERIFY2(log.contains("is damaged"), log.constData());
+        QVERIFY2(log.contains(withBackup ? "restored from the last good copy"
+                              : salvaged ? "values that could still be read"
+                                         : "starting with default settings"),
+                 log.constData());
+        QCOMPARE(corruptCopies().size(), 1);
+        // What could be recovered is written back at once.
+        QCOMPARE(Settings(path()).objectForKey(SettingsKeys::SearchFrom), settings.objectForKey(SettingsKeys::SearchFrom));
+
+        // Damaged again later, the store goes back to the file as it was before its last change.
+        settings.setBool(SettingsKeys::SortByLang, false);
+        settings.setInteger(SettingsKeys::NumberOfVerbsViewed, 1);
+        enforced.reset();
+        QVERIFY(writeFile(path(), "{\"SortByLang\": {\"type\": \"bo"));
+        Settings again(path());
+        QCOMPARE(again.objectForKey(SettingsKeys::SortByLang), QVariant(false));
+        QCOMPARE(again.objectForKey(SettingsKeys::UseHistory), settings.objectForKey(SettingsKeys::UseHistory));
+        // Only the newest damaged copy is kept.
+        QCOMPARE(corruptCopies().size(), 1);
+        QCOMPARE(readFile(m_dir.filePath(corruptCopies().constFirst())), QByteArray("{\"SortByLang\": {\"type\": \"bo"));
+    }
+
+    void missingFileIsTakenFromTheLastGoodCopy()
+    {
+        {
+            Settings settings(path());
+            settings.setBool(SettingsKeys::UseHistory, false);
+            settings.setString(SettingsKeys::SearchFrom, QStringLiteral("W"));
+        }
+        QVERIFY(QFile::remove(path()));
+        Settings settings(path());
+        QCOMPARE(settings.objectForKey(SettingsKeys::UseHistory), QVariant(false));
+        QVERIFY(takeLog().contains("is missing; using the last good copy"));
+        QCOMPARE(keysIn(path()), QStringList{SettingsKeys::UseHistory});
+        QVERIFY(corruptCopies().isEmpty());
+    }
+
+    // Two windows, two stores, one file: a save writes only its own changes on top of the file.
+    void twoStoresOnOneFileKeepEachOthersChanges()
+    {
+        Settings first(path());
+        Settings second(path());
+        first.setBool(SettingsKeys::UseHistory, false);
+        second.setInteger(SettingsKeys::NumberOfVerbsViewed, 3);
+        QCOMPARE(second.objectForKey(SettingsKeys::UseHistory), QVariant(false));
+        first.removeObject(SettingsKeys::UseHistory);
+        second.setString(SettingsKeys::SearchFrom, QStringLiteral("W"));
+        {
+            Settings third(path());
+            QVERIFY(!third.contains(SettingsKeys::UseHistory));
+            QCOMPARE(third.integerForKey(SettingsKeys::NumberOfVerbsViewed), 3);
+            QCOMPARE(third.stringForKey(SettingsKeys::SearchFrom), QStringLiteral("W"));
+        }
+
+        // While another process holds the lock, the change waits in memory for the next save.
+        {
+            QLockFile held(path() + QStringLiteral(".lock"));
+            QVERIFY(held.tryLock(0));
+            first.setBool(SettingsKeys::SortByLang, false);
+            QCOMPARE(first.objectForKey(SettingsKeys::SortByLang), QVariant(false));
+            QVERIFY(!keysIn(path()).contains(SettingsKeys::SortByLang));
+            QVERIFY(takeLog().contains("Unable to save settings " + path().toUtf8()));
+        }
+        QVERIFY(first.synchronize());
+        QCOMPARE(Settings(path()).objectForKey(SettingsKeys::SortByLang), QVariant(false));
+
+        second.clear();
+        QVERIFY(keysIn(path()).isEmpty());
+    }
+
+    void readOnlyFolderKeepsValuesInMemory()
+    {
+        Settings(path()).setBool(SettingsKeys::UseHistory, false);
+        const QByteArray before = readFile(path());
+        test::PermissionsEnforced enforced;
+        if (!enforced.active())
+            QSKIP("cannot make a folder read-only for this user");
+        auto restore = qScopeGuard([&] {
+            QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::ExeOwner));
+
+        Settings settings(path());
+        settings.setString(SettingsKeys::SearchFrom, QStringLiteral("W"));
+        settings.setInteger(SettingsKeys::NumberOfVerbsViewed, 2);
+        settings.removeObject(SettingsKeys::UseHistory);
+        QCOMPARE(settings.stringForKey(SettingsKeys::SearchFrom), QStringLiteral("W"));
+        QCOMPARE(settings.integerForKey(SettingsKeys::NumberOfVerbsViewed), 2);
+        QVERIFY(!settings.contains(SettingsKeys::UseHistory));
+        QCOMPARE(takeLog().count("Unable to save settings"), 1);
+        QCOMPARE(readFile(path()), before);
+
+        // Once the folder can be written again, the next save writes every change made meanwhile.
+        restore.dismiss();
+        QVERIFY(QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QVERIFY(settings.synchronize());
+        Settings reread(path());
+        QCOMPARE(reread.stringForKey(SettingsKeys::SearchFrom), QStringLiteral("W"));
+        QCOMPARE(reread.integerForKey(SettingsKeys::NumberOfVerbsViewed), 2);
+        QVERIFY(!reread.contains(SettingsKeys::UseHistory));
     }
 
     void absentKeysReadAsTheirRules()
@@ -89,6 +271,15 @@ private slots:
         QCOMPARE(settings.objectForKey(SettingsKeys::SearchFrom), QVariant(QStringLiteral("S")));
         QCOMPARE(settings.objectForKey(SettingsKeys::SortByLang), QVariant(true));
         QCOMPARE(settings.objectForKey(SettingsKeys::ShowTranslated), QVariant(false));
+        QCOMPARE(settings.objectForKey(SettingsKeys::SearchConjugations), QVariant(false));
+
+        // One write for all five: the last-good copy is the store as it was before them.
+        const QString earlier = m_dir.filePath(QStringLiteral("earlier.json"));
+        Settings existing(earlier);
+        existing.setInteger(SettingsKeys::AudioSpeed, 1);
+        QVERIFY(Preferences::registerFirstRunValues(existing));
+        QCOMPARE(keysIn(earlier + QStringLiteral(".bak")), QStringList{SettingsKeys::AudioSpeed});
+        QCOMPARE(keysIn(earlier).size(), 6);
 
         Settings onlyIncludeEnglish(m_dir.filePath(QStringLiteral("other.json")));
         onlyIncludeEnglish.setBool(SettingsKeys::IncludeEnglish, false);
@@ -145,7 +336,19 @@ private slots:
 
 private:
     QString path() const { return m_dir.filePath(QStringLiteral("settings.json")); }
+    QString backupPath() const { return path() + QStringLiteral(".bak"); }
+    QStringList corruptCopies() const
+    {
+        return QDir(m_dir.path()).entryList({QStringLiteral("settings.json.corrupt-*")}, QDir::AllEntries | QDir::Hidden);
+    }
+    QByteArray takeLog()
+    {
+        const QByteArray log = readFile(CrashLog::logFilePath());
+        QFile::remove(CrashLog::logFilePath());
+        return log;
+    }
     QTemporaryDir m_dir;
+    QTemporaryDir m_logDir;
 };
 
 QTEST_GUILESS_MAIN(SettingsTest)

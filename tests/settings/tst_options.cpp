@@ -25,7 +25,9 @@ private slots:
         m_tester.reset();
         m_controller.reset(new OptionsTableViewController);
         m_settingsPath = m_dir.filePath("settings.json");
+        // The last-good copy too, or the store would come back from it.
         QFile::remove(m_settingsPath);
+        QFile::remove(m_settingsPath + ".bak");
         m_settings.reset(new Settings(m_settingsPath));
         m_controller->setSettings(m_settings.get());
         m_tester.reset(new QAbstractItemModelTester(m_controller.get(),
