@@ -131,8 +131,13 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
 
     QLockFile lock(working + QStringLiteral(".lock"));
     if (!lock.tryLock(PreparationLockWaitMs)) {
-        result.error = QStringLiteral("another Norvella is still preparing %1").arg(working);
-        return result;
+        if (lock.error() == QLockFile::LockFailedError) {
+            result.error = QStringLiteral("another Norvella is still preparing %1").arg(working);
+            return result;
+        }
+        // A folder that cannot take the lock file cannot take a new copy
+        // either; a current copy can still be read from it.
+        CrashLog::log(QStringLiteral("Could not lock %1 for the update check; going on without the lock").arg(working));
     }
     // A replacement left half-built by a kill is never used.
     const QString replacement = working + QStringLiteral(".new");

@@ -280,6 +280,12 @@ Inspection inspect(const QString &path, Depth depth)
             return result;
         }
     }
+    // An old fault could store a verb twice; the lists would show it twice.
+    const auto duplicates = db.integer(QStringLiteral("SELECT count(*) - count(DISTINCT verbid) FROM favourite"));
+    if (duplicates && *duplicates > 0
+        && db.run(QStringLiteral("DELETE FROM favourite WHERE verbid IS NULL OR _id NOT IN "
+                                 "(SELECT min(_id) FROM favourite GROUP BY verbid)")))
+        CrashLog::log(QStringLiteral("Removed %1 favourites stored twice").arg(*duplicates));
     result.healthy = true;
     return result;
 }

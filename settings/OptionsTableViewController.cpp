@@ -1,6 +1,7 @@
 #include "OptionsTableViewController.h"
 
 #include "BuildInfo.h"
+#include "CrashLog.h"
 #include "DatabaseQueue.h"
 #include "DatabaseQueueRef.h"
 #include "DesktopMail.h"
@@ -8,6 +9,7 @@
 #include "OptionsText.h"
 #include "Settings.h"
 #include "Strings.h"
+#include "UserMessages.h"
 #include "Verb.h"
 
 #include <QUrl>
@@ -338,9 +340,15 @@ void OptionsTableViewController::clearHistory()
         qWarning("Unable to delete favourites");
         return;
     }
-    m_queue->inDatabase([](Database &db) {
-        if (!db.executeUpdate(QStringLiteral("DELETE FROM history")))
-            qWarning("Unable to delete favourites");
+    m_queue->inDatabase([&](Database &db) {
+        const bool cleared = db.executeUpdate(QStringLiteral("DELETE FROM history"));
+        if (!cleared) {
+            CrashLog::log(QStringLiteral("Unable to delete favourites %1 (%2)")
+                                  .arg(db.lastErrorMessage())
+                                  .arg(db.lastErrorCode()));
+            // The history is still there: the user must not think it is gone.
+            UserMessages::postSaveFailure(db.lastErrorCode());
+        }
         db.close();
     });
     NotificationCenter::defaultCenter().post(Notifications::RefreshHistory);

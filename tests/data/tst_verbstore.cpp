@@ -43,8 +43,10 @@ private slots:
         QCOMPARE(Settings(m_settings->filePath()).stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("1.0"));
         QCOMPARE(column("PRAGMA user_version"), QStringList{"1000000"});
 
-        // Same version, copy present: nothing is copied again.
+        // Same version, copy present: nothing is copied again; a favourite
+        // stored twice by an old fault is stored once.
         addUserRows(3, 2);
+        QVERIFY(test::runSql(working(), QStringLiteral("INSERT INTO favourite(verbid) VALUES (2)")));
         QVERIFY(!prepare(QStringLiteral("1.0")).copied);
         QCOMPARE(favourites(), (QStringList{"1", "2", "3"}));
 
