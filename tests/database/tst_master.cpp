@@ -13,152 +13,57 @@
 
 #include <algorithm>
 
+#include "MasterData.h"
+
+using namespace master;
+
 namespace {
 
-// Read access to the built master database and to the text sources it was built from.
-
-struct Form
-{
-    qint64 id = 0;
-    int pronoun = 0; // 0 = NULL
-    QString text;
-    int type = 0;
-    int order = 0;
-};
-
-struct MasterVerb
-{
-    qint64 id = 0;
-    QString italian;
-    QList<Form> forms; // by conj_order
-
-    bool isPronominal() const { return italian.endsWith(QLatin1String("si")) || italian.endsWith(QLatin1String("sene")); }
-    QList<Form> ofType(int type) const
-    {
-        QList<Form> result;
-        std::copy_if(forms.cbegin(), forms.cend(), std::back_inserter(result), [&](const Form &f) { return f.type == type; });
-        return result;
-    }
-    QString form(int type, int pronoun) const
-    {
-        const auto found = std::find_if(forms.cbegin(), forms.cend(),
-                                        [&](const Form &f) { return f.type == type && f.pronoun == pronoun; });
-        return found == forms.cend() ? QString() : found->text;
-    }
-};
-
-class MasterDb
-{
-public:
-    explicit MasterDb(const QString &path)
-    {
-        if (sqlite3_open_v2(QFile::encodeName(path).constData(), &m_db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
-            sqlite3_close(m_db);
-            m_db = nullptr;
-        }
-    }
-    ~MasterDb() { sqlite3_close(m_db); }
-    MasterDb(const MasterDb &) = delete;
-    MasterDb &operator=(const MasterDb &) = delete;
-
-    bool isOpen() const { return m_db != nullptr; }
-    QList<QVariantList> rows(const QString &sql) const
-    {
-        QList<QVariantList> result;
-        sqlite3_stmt *statement = nullptr;
-        if (sqlite3_prepare_v2(m_db, sql.toUtf8().constData(), -1, &statement, nullptr) != SQLITE_OK)
-            qFatal("SQL error %s in %s", sqlite3_errmsg(m_db), qPrintable(sql));
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            QVariantList row;
-            for (int c = 0; c < sqlite3_column_count(statement); ++c) {
-                switch (sqlite3_column_type(statement, c)) {
-                case SQLITE_NULL: row.append(QVariant()); break;
-                case SQLITE_INTEGER: row.append(qint64(sqlite3_column_int64(statement, c))); break;
-                default: row.append(QString::fromUtf8(reinterpret_cast<const char *>(sqlite3_column_text(statement, c))));
-                }
-            }
-            result.append(row);
-        }
-        sqlite3_finalize(statement);
-        return result;
-    }
-    // Every verb with its forms, in verb id order.
-    QList<MasterVerb> verbs() const
-    {
-        QList<MasterVerb> verbs;
-        QHash<qint64, qsizetype> position;
-        for (const QVariantList &row : rows("SELECT _id, italian FROM verb ORDER BY _id")) {
-            position.insert(row[0].toLongLong(), verbs.size());
-            verbs.append({row[0].toLongLong(), row[1].toString(), {}});
-        }
-        for (const QVariantList &row : rows("SELECT _id, verbid, pronounid, verb, conjugation_type_id, conj_order"
-                                            " FROM conjugation ORDER BY verbid, conj_order")) {
-            const auto found = position.constFind(row[1].toLongLong());
-            if (found != position.cend())
-                verbs[*found].forms.append({row[0].toLongLong(), row[2].isNull() ? 0 : row[2].toInt(), row[3].toString(),
-                                            row[4].toInt(), row[5].toInt()});
-        }
-        return verbs;
-    }
-
-private:
-    sqlite3 *m_db = nullptr;
-};
-
-// Tab-separated source lines without comments, split into cells.
-QList<QStringList> readSourceRows(const QString &path)
-{
-    QList<QStringList> result;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return result;
-    QTextStream in(&file);
-    in.setEncoding(QStringConverter::Utf8);
-    while (!in.atEnd()) {
-        const QString line = in.readLine();
-        if (!line.trimmed().isEmpty() && !line.startsWith(u'#'))
-            result.append(line.split(u'\t'));
-    }
-    return result;
-}
-
-QString fold(const QString &text)
-{
-    QString folded = text.normalized(QString::NormalizationForm_D);
-    folded.removeIf([](QChar c) { return c.isMark(); });
-    return folded.toLower();
-}
-
-// Failure text listing the first problems and how many there are.
-QByteArray describe(const QStringList &problems)
-{
-    const qsizetype shown = std::min<qsizetype>(problems.size(), 40);
-    QString text = QStringLiteral("%1 problem(s):\n  ").arg(problems.size()) + problems.mid(0, shown).join("\n  ");
-    if (shown < problems.size())
-        text += "\n  ...";
-    return text.toUtf8();
-}
-
-const QList<int> allTypes = {1, 2, 3, 4, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20};
 const QList<int> compoundTypes = {7, 9, 11, 13, 16, 18, 20};
-const QList<int> noParticiple = {4, 7, 9, 11, 13, 16, 18, 20};
+// Conjugation type of each simple tense of forms.tsv, and of the compound tense made
+// with the auxiliary in that tense.
+const QHash<QString, int> simpleType = {{"ind.pres", 6}, {"ind.impf", 8}, {"ind.prem", 12}, {"ind.fut", 10},
+                                        {"cond.pres", 19}, {"cong.pres", 15}, {"cong.impf", 17}};
 
-// Tenses a few defective verbs really lack; any other gap is a fault.
-const QHash<QString, QList<int>> defective = {
-    {"potere", {14}}, {"dovere", {14}}, {"solere", {10, 12, 14, 19}}, {"prudere", {4, 7, 9, 11, 12, 13, 16, 18, 20}},
-    {"concernere", noParticiple}, {"delinquere", noParticiple}, {"dirimere", noParticiple},
-    {"divergere", noParticiple}, {"incombere", noParticiple}, {"soccombere", noParticiple}, {"vigere", noParticiple},
-};
+// The slots each defective verb keeps, by tag of forms.tsv (persons for the finite
+// tenses; tu, noi, voi as persons 2, 4, 5 for the imperative): defective.tsv.
+QHash<QString, QHash<QString, QList<int>>> readDefective()
+{
+    QHash<QString, QHash<QString, QList<int>>> kept;
+    // Two lines about one tense (finite, then imp) keep what both keep.
+    auto keep = [&](const QString &verb, const QString &tag, const QList<int> &keptHere) {
+        QHash<QString, QList<int>> &tenses = kept[verb];
+        if (!tenses.contains(tag))
+            tenses.insert(tag, keptHere);
+        else
+            tenses[tag].removeIf([&](int slot) { return !keptHere.contains(slot); });
+    };
+    for (const QStringList &cells : readSourceRows(sourcePath("defective.tsv"))) {
+        QList<int> keptSlots;
+        for (const QString &slot : cells.value(2).split(u' ', Qt::SkipEmptyParts)) {
+            if (slot != QLatin1String("none"))
+                keptSlots << slot.toInt();
+        }
+        if (cells.value(1) == QLatin1String("finite")) {
+            for (const QString &tag : simpleType.keys())
+                keep(cells[0], tag, keptSlots);
+            keep(cells[0], "imp", keptSlots);
+        } else if (cells.value(1) == QLatin1String("imp")) {
+            QList<int> persons;
+            for (const int slot : keptSlots)
+                persons << QList<int>{2, 4, 5}.value(slot - 1);
+            keep(cells[0], "imp", persons);
+        } else {
+            keep(cells[0], cells.value(1), keptSlots);
+        }
+    }
+    return kept;
+}
 
 // The simple tense holding the auxiliary of each compound tense.
 const QHash<int, int> auxiliaryTense = {{7, 6}, {9, 8}, {11, 10}, {13, 12}, {16, 15}, {18, 17}, {20, 19}};
 
 const QStringList translationColumns = {"english", "german", "french", "spanish", "dutch", "portuguese", "turkish"};
-
-QString sourcePath(const QString &name)
-{
-    return QStringLiteral(NORVELLA_VERB_SOURCES_DIR "/") + name;
-}
 
 QStringList clitics(const MasterVerb &verb)
 {
@@ -265,20 +170,41 @@ void TestMaster::tablesAndKeys()
 void TestMaster::paradigmShapeAndOrder()
 {
     // Every verb: its tenses in type order, each with its slots (pronoun 0 for the forms
-    // without one), in conj_order; the four past participles keep their ms, fs, mp, fp order by _id.
+    // without one), in conj_order; the four past participles keep their ms, fs, mp, fp order
+    // by _id. A defective verb (or a pronominal verb built on one) lacks exactly the forms
+    // defective.tsv removes: a tense without a participle has no compound tenses, and no
+    // form of its own in the imperative means no imperative at all.
+    const auto defective = readDefective();
+    QHash<QString, QString> baseOf;
+    for (const QStringList &cells : readSourceRows(sourcePath("pronominal.tsv")))
+        baseOf.insert(cells.value(0), cells.value(1));
     QStringList problems;
     for (const MasterVerb &verb : std::as_const(m_verbs)) {
-        QList<int> types = allTypes;
-        if (verb.isPronominal())
-            types.removeOne(2); // a pronominal verb has no present participle of its own
-        for (const int type : defective.value(verb.italian))
-            types.removeOne(type);
+        const QHash<QString, QList<int>> kept = defective.value(baseOf.value(verb.italian, verb.italian));
+        auto has = [&](const QString &tag, int slot) { return !kept.contains(tag) || kept[tag].contains(slot); };
+        const bool participle = has("pp", 1);
         QList<QPair<int, int>> expected, actual;
-        for (const int type : types) {
-            const QList<int> places = type <= 3 ? QList<int>{0} : type == 4 ? QList<int>{0, 0, 0, 0}
-                                  : type == 14 ? QList<int>{2, 3, 4, 5, 6} : QList<int>{1, 2, 3, 4, 5, 6};
-            for (const int slot : places)
-                expected.append({type, slot});
+        expected.append({1, 0});
+        if (!verb.isPronominal())
+            expected.append({2, 0}); // a pronominal verb has no present participle of its own
+        expected.append({3, 0});
+        for (int slot = 0; participle && slot < 4; ++slot)
+            expected.append({4, 0});
+        for (const int type : {6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20}) {
+            if (type == 14) {
+                if (has("imp", 2) || has("imp", 4) || has("imp", 5)) {
+                    for (const int person : {2, 3, 4, 5, 6}) {
+                        if (person == 3 || person == 6 ? has("cong.pres", person) : has("imp", person))
+                            expected.append({14, person});
+                    }
+                }
+                continue;
+            }
+            const QString tag = simpleType.key(type);
+            for (int person = 1; person <= 6; ++person) {
+                if (tag.isEmpty() ? participle : has(tag, person))
+                    expected.append({type, person});
+            }
         }
         bool inOrder = true;
         for (qsizetype i = 0; i < verb.forms.size(); ++i) {
@@ -302,13 +228,19 @@ void TestMaster::paradigmShapeAndOrder()
 
 void TestMaster::formsAreWellFormed()
 {
+    // A cell holds one form, or two standard ones joined by " / " ("devo / debbo").
     const QRegularExpression shape("^[a-zàèéìíòóù']+(/[aei])?( [a-zàèéìíòóù']+(/[aei])?)*$");
     const QRegularExpression infinitive("^[a-zàèéìòù]+(are|ere|ire|rre)$");
     QStringList problems;
     for (const MasterVerb &verb : std::as_const(m_verbs)) {
         for (const Form &form : verb.forms) {
-            // The future's first person always carries its stressed ending.
-            if (!shape.match(form.text).hasMatch() || (form.type == 10 && form.pronoun == 1 && !form.text.endsWith(u'ò')))
+            const QStringList variants = form.text.split(QStringLiteral(" / "));
+            bool ok = QSet<QString>(variants.cbegin(), variants.cend()).size() == variants.size();
+            for (const QString &variant : variants) {
+                // The future's first person always carries its stressed ending.
+                ok = ok && shape.match(variant).hasMatch() && (form.type != 10 || form.pronoun != 1 || variant.endsWith(u'ò'));
+            }
+            if (!ok)
                 problems << QStringLiteral("%1: type %2 slot %3: '%4'").arg(verb.italian).arg(form.type).arg(form.pronoun).arg(form.text);
         }
         // Infinitive and gerund of a plain verb carry no clitic.
@@ -335,19 +267,23 @@ void TestMaster::compoundTensesUseTheAuxiliary()
     const MasterVerb &avere = m_verbs[m_byName["avere"]];
     QStringList problems;
     for (const MasterVerb &verb : std::as_const(m_verbs)) {
-        const QList<Form> participle = verb.ofType(4);
+        // Of two standard participles ("visto / veduto") the compound tenses take the first.
+        QStringList participle;
+        for (const Form &form : verb.ofType(4))
+            participle << form.text.section(QStringLiteral(" / "), 0, 0);
         if (participle.size() != 4)
             continue;
         const bool withEssere = verb.isPronominal() || essereVerbs.contains(verb.italian);
         for (const int type : compoundTypes) {
             for (int person = 1; person <= 6; ++person) {
-                QString agreed = participle[0].text;
+                QString agreed = participle[0];
                 if (withEssere)
-                    agreed = person <= 3 ? bothGenders(participle[0].text, participle[1].text)
-                                         : bothGenders(participle[2].text, participle[3].text);
-                QString expected = (withEssere ? essere : avere).form(auxiliaryTense[type], person) + u' ' + agreed;
-                if (verb.isPronominal())
-                    expected.prepend(clitics(verb)[person - 1]);
+                    agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
+                const QString auxiliary = (withEssere ? essere : avere).form(auxiliaryTense[type], person);
+                QString prefix = verb.isPronominal() ? clitics(verb)[person - 1] : QString();
+                if (prefix.endsWith(QLatin1String("ne ")) && QStringLiteral("eè").contains(auxiliary.front()))
+                    prefix = prefix.chopped(2) + u'\''; // se ne + è -> se n'è
+                const QString expected = prefix + auxiliary + u' ' + agreed;
                 const QString actual = verb.form(type, person);
                 if (actual != expected)
                     problems << QStringLiteral("%1: type %2 person %3: '%4', expected '%5'").arg(verb.italian).arg(type)
@@ -381,12 +317,19 @@ void TestMaster::pronominalVerbsCarryTheirClitics()
         const QStringList enclitic = ne ? QStringList{"tene", "cene", "vene"} : QStringList{"ti", "ci", "vi"};
         for (const Form &form : verb.forms) {
             bool ok = true;
-            if (form.type == 14 && (form.pronoun == 3 || form.pronoun == 6))
-                ok = form.text.startsWith(proclitics[form.pronoun - 1]);
-            else if (form.type == 14)
-                ok = form.text.endsWith(enclitic[form.pronoun == 2 ? 0 : form.pronoun - 3]) && !form.text.contains(u' ');
-            else if (form.type >= 6)
-                ok = form.text.startsWith(proclitics[form.pronoun - 1]);
+            // Each of two standard forms carries the clitic (mi siedo / mi seggo); ne is
+            // elided before essere (se n'è andato).
+            for (const QString &variant : form.text.split(QStringLiteral(" / "))) {
+                const QString &proclitic = proclitics.value(form.pronoun - 1);
+                const bool withProclitic = variant.startsWith(proclitic)
+                        || (ne && variant.startsWith(proclitic.chopped(2) + u'\''));
+                if (form.type == 14 && (form.pronoun == 3 || form.pronoun == 6))
+                    ok = ok && withProclitic;
+                else if (form.type == 14)
+                    ok = ok && variant.endsWith(enclitic[form.pronoun == 2 ? 0 : form.pronoun - 3]) && !variant.contains(u' ');
+                else if (form.type >= 6)
+                    ok = ok && withProclitic;
+            }
             if (!ok)
                 problems << QStringLiteral("%1: type %2 slot %3: '%4'").arg(verb.italian).arg(form.type).arg(form.pronoun).arg(form.text);
         }

@@ -55,6 +55,16 @@ QString bothGenders(const QString &masculine, const QString &feminine)
     return masculine + u'/' + feminine;
 }
 
+// Applies a change to each standard form of a cell ("devo / debbo").
+template<typename Change>
+QString eachVariant(const QString &cell, Change change)
+{
+    QStringList forms = variantsOf(cell);
+    for (QString &form : forms)
+        form = change(form);
+    return forms.join(variantSeparator);
+}
+
 // va' + tene -> vattene: a truncated imperative doubles the clitic's consonant.
 QString withEnclitic(const QString &imperative, const QString &clitic)
 {
@@ -66,8 +76,9 @@ QString withEnclitic(const QString &imperative, const QString &clitic)
 class VerbBuilder
 {
 public:
-    VerbBuilder(const VerbForms &forms, const VerbForms &auxiliary, bool essere, const Clitics *clitics)
-        : m_forms(forms), m_aux(auxiliary), m_essere(essere), m_clitics(clitics) {}
+    VerbBuilder(const VerbForms &forms, const VerbForms &auxiliary, bool essere, const Clitics *clitics,
+                Entries &tally)
+        : m_forms(forms), m_aux(auxiliary), m_essere(essere), m_clitics(clitics), m_tally(tally) {}
 
     QList<FormRow> build(const QString &infinitive)
     {
@@ -107,23 +118,64 @@ private:
     {
         if (form.isEmpty() || !m_clitics)
             return form;
-        return form + m_clitics->suffix;
+        return eachVariant(form, [&](const QString &variant) { return variant + m_clitics->suffix; });
     }
 
     QString finite(const QString &form, int person) const
     {
         if (form.isEmpty() || !m_clitics)
             return form;
-        return m_clitics->proclitic[person - 1] + u' ' + form;
+        const QString &clitic = m_clitics->proclitic[person - 1];
+        return eachVariant(form, [&](const QString &variant) { return clitic + u' ' + variant; });
     }
 
-    QString compound(Tense auxiliaryTense, int person) const
+    // The compound tenses are built on the first of two standard participles (ho visto).
+    QString compound(Tense auxiliaryTense, int person)
     {
-        const QStringList &participle = m_forms.tenses[PastParticiple];
+        QStringList participle;
+        for (const QString &cell : m_forms.tenses[PastParticiple])
+            participle << firstVariant(cell);
         QString agreed = participle[0];
         if (m_essere)
             agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
-        return finite(m_aux.tenses[auxiliaryTense][person - 1] + u' ' + agreed, person);
+        const QString auxiliary = firstVariant(m_aux.tenses[auxiliaryTense][person - 1]);
+        const QString clitic = m_clitics ? m_clitics->proclitic[person - 1] : QString();
+        // Written Italian elides ne before the vowel of essere: se n'è andato, me n'ero andato.
+        if (clitic.endsWith(QLatin1String(" ne")) && startsWithVowel(auxiliary)) {
+            ++m_tally.elisions;
+            return clitic.chopped(1) + u'\'' + auxiliary + u' ' + agreed;
+        }
+        return finite(auxiliary + u' ' + agreed, person);
+    }
+
+    static bool startsWithVowel(const QString &word)
+    {
+        return !word.isEmpty() && QStringLiteral("aeiouàèéìòù").contains(word.front());
+    }
+
+    // The tu imperative with its enclitic. Of two standard forms the truncated one takes
+    // the clitic (va' / vai -> vattene). Fare's compounds attach it to their -fa' as fare
+    // does (fatti, rifatti, assuefatti), not to -fai: a passato remoto in -feci marks them.
+    QString tuEnclitic(const QString &cell, const QString &clitic)
+    {
+        QStringList forms = variantsOf(cell);
+        QStringList truncated;
+        std::copy_if(forms.cbegin(), forms.cend(), std::back_inserter(truncated),
+                     [](const QString &form) { return form.endsWith(u'\''); });
+        if (!truncated.isEmpty()) {
+            forms = truncated;
+        } else if (firstVariant(m_forms.tenses[IndRemotePast][0]).endsWith(QLatin1String("feci"))) {
+            for (QString &form : forms) {
+                if (form.endsWith(QLatin1String("fai"))) {
+                    form = form.chopped(1) + u'\'';
+                    ++m_tally.fareEnclitics;
+                }
+            }
+        }
+        for (QString &form : forms)
+            form = withEnclitic(form, clitic);
+        forms.removeDuplicates();
+        return forms.join(variantSeparator);
     }
 
     void addImperative()
@@ -141,8 +193,11 @@ private:
             if (!m_clitics || person == 3 || person == 6) {
                 add(Imperativo, person, finite(form, person));
             } else {
-                const int index = person == 2 ? 0 : person - 3;
-                add(Imperativo, person, withEnclitic(form, m_clitics->imperative[index]));
+                const QString &clitic = m_clitics->imperative[person == 2 ? 0 : person - 3];
+                add(Imperativo, person, person == 2 ? tuEnclitic(form, clitic)
+                                                    : eachVariant(form, [&](const QString &variant) {
+                                                          return withEnclitic(variant, clitic);
+                                                      }));
             }
         }
     }
@@ -151,6 +206,7 @@ private:
     const VerbForms &m_aux;
     bool m_essere;
     const Clitics *m_clitics;
+    Entries &m_tally;
     QList<FormRow> m_rows;
 };
 
@@ -205,7 +261,7 @@ Entries buildEntries(const Sources &sources)
         if (!forms.ownEntry)
             continue;
         const bool takesEssere = sources.auxiliaries.value(name, Auxiliary::Avere) == Auxiliary::Essere;
-        VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, nullptr);
+        VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, nullptr, entries);
         entries.verbs.append({0, name, false, builder.build(name)});
         names.insert(name);
     }
@@ -233,7 +289,7 @@ Entries buildEntries(const Sources &sources)
             errors << QStringLiteral("%1: duplicate verb").arg(verb.infinitive);
             continue;
         }
-        VerbBuilder builder(base->second, essere, true, clitics);
+        VerbBuilder builder(base->second, essere, true, clitics, entries);
         entries.verbs.append({0, verb.infinitive, true, builder.build(verb.infinitive)});
         names.insert(verb.infinitive);
         usedBases.insert(verb.base);

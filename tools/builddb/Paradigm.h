@@ -39,6 +39,8 @@ struct Entries
     QStringList skippedPronominal; // shapes other than -si / -sene (farcela, entrarci)
     QStringList unusedBases;       // base-only verbs no pronominal verb refers to
     QStringList provisionalIds;    // verbs verb-ids.tsv does not list yet
+    int fareEnclitics = 0;         // assuefatti: enclitic imperatives on a compound's -fa'
+    int elisions = 0;              // se n'è andato
 };
 
 // Builds every verb's rows, in alphabetical order, with their ids; throws SourceError

@@ -92,9 +92,34 @@ void printSpelling(QTextStream &out, const Entries &entries)
         << words.size() << " distinct words (a warning figure: its dictionary lacks many valid forms)\n";
 }
 
+void printRules(QTextStream &out, const RuleReport &rules, const Entries &entries)
+{
+    auto line = [&](const char *what, const RuleTally &tally, const char *cells) {
+        out << "  " << QString::fromLatin1(what).leftJustified(44) << QString::number(tally.verbs).rightJustified(5)
+            << " verbs, " << QString::number(tally.cells).rightJustified(5) << ' ' << cells << '\n';
+    };
+    out << "form rules (cells: how many of forms.tsv each rule changed):\n";
+    line("-iare with a stressed i (stressed-i.tsv)", rules.stressedI, "cells changed");
+    line("-iare with an unstressed i", rules.unstressedI, "cells changed");
+    line("-ire with -isc-", rules.isc, "cells changed");
+    line("-ire without -isc- (isc.tsv)", rules.plainIre, "cells changed");
+    line("-ire with both (isc.tsv)", rules.alternatingIre, "cells changed");
+    out << "  " << QString::fromLatin1("compounds of irregular verbs (families.tsv)").leftJustified(44)
+        << QString::number(rules.compounds.verbs).rightJustified(5) << " verbs, "
+        << QString::number(rules.compounds.cells).rightJustified(5) << " cells changed, in " << rules.families
+        << " families\n";
+    line("defective verbs (defective.tsv)", rules.defective, "forms removed");
+    line("two standard forms (variants.tsv)", rules.twoForms, "cells");
+    line("standard form for a less usual one", rules.standardForm, "cells changed");
+    out << "  " << QString::fromLatin1("enclitic imperatives on a compound's -fa'").leftJustified(44)
+        << QString::number(entries.fareEnclitics).rightJustified(5) << " forms\n"
+        << "  " << QString::fromUtf8("ne elided before essere (se n'è)").leftJustified(44)
+        << QString::number(entries.elisions).rightJustified(5) << " forms\n";
+}
+
 } // namespace
 
-void printReport(QTextStream &out, const Entries &entries, const Sources &sources,
+void printReport(QTextStream &out, const Entries &entries, const Sources &sources, const RuleReport &rules,
                  const TranslationPlan &translations, const QStringList &frequency,
                  const QString &masterPath)
 {
@@ -124,6 +149,7 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
     if (!translations.ignored.isEmpty())
         out << "note: " << translations.ignored.size() << " translations of verbs that are no entries are ignored: " << translations.ignored.mid(0, 12).join(u", ")
             << (translations.ignored.size() > 12 ? ", ..." : "") << '\n';
+    printRules(out, rules, entries);
     printCoverage(out, entries, translations, frequency);
     printSpelling(out, entries);
     const qint64 size = QFileInfo(masterPath).size();

@@ -2,6 +2,7 @@
 
 // The figures printed after a build. They inform; none of them fails the build.
 
+#include "FormRules.h"
 #include "Paradigm.h"
 #include "Sources.h"
 #include "Translations.h"
@@ -9,6 +10,6 @@
 #include <QStringList>
 #include <QTextStream>
 
-void printReport(QTextStream &out, const Entries &entries, const Sources &sources,
+void printReport(QTextStream &out, const Entries &entries, const Sources &sources, const RuleReport &rules,
                  const TranslationPlan &translations, const QStringList &frequency,
                  const QString &masterPath);

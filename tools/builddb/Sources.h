@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <array>
+#include <functional>
 #include <map>
 #include <stdexcept>
 
@@ -31,9 +32,16 @@ struct VerbForms
 {
     QString infinitive;
     bool ownEntry = true; // false: only the base of pronominal verbs
-    // An empty string is a form the verb does not have ('-' in the file).
+    // An empty string is a form the verb does not have ('-' in the file). A cell may
+    // hold two standard forms, more common first, joined by variantSeparator.
     std::array<QStringList, TenseCount> tenses;
 };
+
+inline const QString variantSeparator = QStringLiteral(" / ");
+// The forms of a cell: one, or several where Italian has two standard ones.
+QStringList variantsOf(const QString &cell);
+// The form compound tenses and compounds are built on.
+QString firstVariant(const QString &cell);
 
 enum class Auxiliary { Avere, Essere };
 
@@ -73,3 +81,14 @@ Sources readSources(const QString &folder);
 QStringList readFrequencyList(const QString &path);
 
 int tenseSize(Tense tense);
+// The tag of a tense in forms.tsv ("ind.pres"), and back (TenseCount when unknown).
+QString tenseTag(Tense tense);
+Tense tenseFromTag(const QString &tag);
+
+// Calls visit(cells, line) for every line of a tab-separated source that is neither
+// blank nor a '#' comment; throws SourceError when the file cannot be read.
+void readTsv(const QString &path, const std::function<void(const QStringList &, int)> &visit);
+// "file.tsv:12", the prefix of every message about a source line.
+QString sourceLine(const QString &path, int line);
+// A single word form as the sources spell it (lower case, accents, apostrophe).
+bool isWordForm(const QString &form);

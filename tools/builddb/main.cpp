@@ -1,6 +1,7 @@
 // norvella-builddb: builds the master verbs.db from the text sources in
 // resources/verbs. Malformed or inconsistent sources stop the build with a message.
 
+#include "FormRules.h"
 #include "MasterWriter.h"
 #include "Paradigm.h"
 #include "Report.h"
@@ -48,7 +49,8 @@ int main(int argc, char *argv[])
             throw SourceError(QStringLiteral("%1: cannot open: %2").arg(schema.fileName(), schema.errorString()));
         const QString schemaSql = QString::fromUtf8(schema.readAll());
 
-        const Sources sources = readSources(folder);
+        Sources sources = readSources(folder);
+        const RuleReport rules = applyFormRules(readFormRules(folder), sources);
         const Entries entries = buildEntries(sources);
         const TranslationPlan translations = planTranslations(entries, sources);
         QDir().mkpath(QFileInfo(output).absolutePath());
@@ -59,7 +61,8 @@ int main(int argc, char *argv[])
 
         QTextStream out(stdout);
         out << "norvella-builddb: wrote " << output << '\n';
-        printReport(out, entries, sources, translations, readFrequencyList(parser.value(frequencyOption)), output);
+        printReport(out, entries, sources, rules, translations, readFrequencyList(parser.value(frequencyOption)),
+                    output);
     } catch (const std::exception &error) {
         // A stale master must not survive a failed build: tests would check old data.
         QFile::remove(partial);
