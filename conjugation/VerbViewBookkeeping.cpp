@@ -27,7 +27,7 @@ bool countView(Settings &settings, const QStringList &launchArguments)
         settings.setBool(SettingsKeys::AskedForReview, true);
         asked = true;
     }
-    settings.setInteger(SettingsKeys::NumberOfVerbsViewed, viewed);
+    settings.setIntegerSoon(SettingsKeys::NumberOfVerbsViewed, viewed);
     return asked;
 }
 

@@ -2,10 +2,12 @@
 
 #include "CrashLog.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QStandardPaths>
+#include <QTimer>
 
 namespace norvella {
 
@@ -14,9 +16,33 @@ namespace {
 constexpr int LockTimeoutMs = 2000;
 }
 
-Settings::Settings(QString filePath) : m_file(std::move(filePath))
+Settings::Settings(QString filePath) : m_file(std::move(filePath)), m_soonContext(std::make_unique<QObject>())
 {
     reload();
+    // A change waiting for its moment is written before the app ends.
+    if (QCoreApplication::instance())
+        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, m_soonContext.get(),
+                         [this] { save(); });
+}
+
+Settings::~Settings()
+{
+    if (m_soonScheduled)
+        save();
+}
+
+void Settings::setIntegerSoon(const QString &key, qint64 value)
+{
+    const QVariant stored = QVariant::fromValue(value);
+    m_values.insert(key, stored);
+    m_changes.insert(key, stored);
+    if (m_soonScheduled)
+        return;
+    m_soonScheduled = true;
+    QTimer::singleShot(SoonSaveDelayMs, m_soonContext.get(), [this] {
+        m_soonScheduled = false;
+        save();
+    });
 }
 
 QString Settings::standardFilePath()
@@ -145,6 +171,7 @@ bool Settings::save()
         return true;
     }
     m_saveDeferred = false;
+    m_soonScheduled = false;
     if (m_changes.isEmpty() && !m_clearAll)
         return true;
     QDir().mkpath(QFileInfo(m_file.path()).absolutePath());

@@ -3,9 +3,11 @@
 #include "SettingsFile.h"
 
 #include <QMap>
+#include <QObject>
 #include <QString>
 #include <QVariant>
 
+#include <memory>
 #include <optional>
 
 namespace norvella {
@@ -20,6 +22,9 @@ class Settings
 {
 public:
     explicit Settings(QString filePath);
+    ~Settings();
+    Settings(const Settings &) = delete;
+    Settings &operator=(const Settings &) = delete;
 
     // The app-wide store in the platform's config folder.
     static Settings &standard();
@@ -41,6 +46,11 @@ public:
     void setInteger(const QString &key, qint64 value) { setObject(key, QVariant::fromValue(value)); }
     void setDouble(const QString &key, double value) { setObject(key, value); }
     void removeObject(const QString &key);
+    // For a value that changes at every tap (a counter): written within a
+    // moment, with whatever else changes by then, so the tap does not wait
+    // for the disk. A kill in that moment costs only this value's last step.
+    void setIntegerSoon(const QString &key, qint64 value);
+    static constexpr int SoonSaveDelayMs = 2000;
     // True once every change of this process is on disk.
     bool synchronize();
 
@@ -71,6 +81,8 @@ private:
     QMap<QString, QVariant> m_changes;
     bool m_clearAll = false;
     int m_batchDepth = 0;
+    std::unique_ptr<QObject> m_soonContext;
+    bool m_soonScheduled = false;
     bool m_saveDeferred = false;
     QString m_lastSaveError;
 };

@@ -94,6 +94,25 @@ private slots:
         QCOMPARE(keysIn(backupPath()), QStringList{SettingsKeys::UseHistory});
     }
 
+    // A counter changed at every tap reaches the disk a moment later, with
+    // the other changes of that moment, and at the latest when the store goes.
+    void countersAreWrittenSoonNotAtOnce()
+    {
+        {
+            Settings settings(path());
+            settings.setIntegerSoon(SettingsKeys::NumberOfVerbsViewed, 7);
+            QCOMPARE(settings.integerForKey(SettingsKeys::NumberOfVerbsViewed), 7);
+            QVERIFY(!Settings(path()).contains(SettingsKeys::NumberOfVerbsViewed));
+            QTRY_COMPARE_WITH_TIMEOUT(Settings(path()).integerForKey(SettingsKeys::NumberOfVerbsViewed), 7,
+                                      Settings::SoonSaveDelayMs * 3);
+            settings.setIntegerSoon(SettingsKeys::NumberOfVerbsViewed, 8);
+            settings.setBool(SettingsKeys::UseHistory, false);
+            QCOMPARE(Settings(path()).integerForKey(SettingsKeys::NumberOfVerbsViewed), 8);
+            settings.setIntegerSoon(SettingsKeys::NumberOfVerbsViewed, 9);
+        }
+        QCOMPARE(Settings(path()).integerForKey(SettingsKeys::NumberOfVerbsViewed), 9);
+    }
+
     // Whatever happened to the file, the store reads what it can, says so, and keeps one damaged copy.
     void damagedFileFallsBackToTheLastGoodCopy_data()
     {
