@@ -1,6 +1,7 @@
 #include "ConjugationSectionModel.h"
 
 #include "ConjugationFormItem.h"
+#include "ConjugationGroups.h"
 #include "VerbDetailTableViewController.h"
 
 namespace norvella {
@@ -44,6 +45,9 @@ QVariant ConjugationSectionModel::data(const QModelIndex &index, int role) const
         return m_forms.value(index.row()).size();
     case FormsRole:
         return m_forms.value(index.row());
+    case EmptyNoteRole:
+        // A tense the verb does not have says so instead of showing a blank block.
+        return verbRow || !m_forms.value(index.row()).isEmpty() ? QString() : m_controller.noFormsNote();
     default:
         return {};
     }
@@ -54,6 +58,7 @@ QHash<int, QByteArray> ConjugationSectionModel::roleNames() const
     return {
         {KindRole, "kind"},       {TitleRole, "title"},         {FormsRole, "forms"},
         {FormCountRole, "formCount"}, {SectionRole, "section"},
+        {EmptyNoteRole, "emptyNote"},
     };
 }
 
@@ -66,11 +71,13 @@ QVariantList ConjugationSectionModel::buildForms(int section)
     int count = int(list->size());
     if (m_presentation == Presentation::Grid)
         count = std::min(count, GridRowsPerBlock);
+    const auto *tense = ConjugationGroups::tense(m_controller.selectedSegment(), section - 1);
+    const bool che = tense && takesChe(QLatin1String(tense->typeId));
     for (int row = 0; row < count; ++row) {
         const Conjugation &form = list->at(row);
         auto *item = new ConjugationFormItem(
                 &m_controller, VerbDetailTableViewController::keyFor(m_controller.selectedSegment(), section, row),
-                form.pronoun, form.verb, m_itemOwner);
+                che ? withChe(form.pronoun) : form.pronoun, form.verb, m_itemOwner);
         forms.append(QVariant::fromValue<QObject *>(item));
     }
     return forms;

@@ -21,6 +21,7 @@ public:
         FormsRole,     // list of ConjugationFormItem
         FormCountRole,
         SectionRole,   // the table section this row shows
+        EmptyNoteRole, // for a tense without forms: why it is empty; otherwise ""
     };
     Q_ENUM(Role)
 

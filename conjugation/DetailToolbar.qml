@@ -2,15 +2,18 @@ import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
 
-// The bottom bar: mark the verb as a favourite, or share its conjugation.
+// The bottom bar: mark the verb as a favourite, report a mistake in what is
+// shown, or share the conjugation.
 ToolBar {
     id: toolbar
 
     property url favouriteIcon
     property string favouriteName
+    property string reportName
 
     signal favouriteClicked()
     signal exportClicked()
+    signal reportClicked()
 
     implicitHeight: visible ? Math.max(52, Theme.minimumTouchTarget + 8) : 0
     background: Rectangle {
@@ -31,6 +34,18 @@ ToolBar {
         icon.color: Theme.primary
         Accessible.name: toolbar.favouriteName
         onClicked: toolbar.favouriteClicked()
+    }
+
+    BarButton {
+        objectName: "reportButton"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.verticalCenter: parent.verticalCenter
+        icon.source: "qrc:/norvella/icons/contact.svg"
+        icon.color: Theme.primary
+        Accessible.name: toolbar.reportName
+        ToolTip.visible: hovered
+        ToolTip.text: toolbar.reportName
+        onClicked: toolbar.reportClicked()
     }
 
     BarButton {

@@ -33,7 +33,10 @@ Control {
         Label {
             visible: row.item !== null && row.item.pronoun.length > 0
             // Wide enough for the widest pronoun, so the forms line up.
-            Layout.preferredWidth: Math.ceil(metrics.advanceWidth("lui/lei") + metrics.averageCharacterWidth)
+            // The subjunctive's "che" widens every pronoun of its block alike.
+            Layout.preferredWidth: Math.ceil(metrics.advanceWidth(
+                    row.item && row.item.pronoun.startsWith("che ") ? "che lui/lei" : "lui/lei")
+                    + metrics.averageCharacterWidth)
             Layout.fillHeight: row.compact
             text: row.item ? row.item.pronoun : ""
             color: Theme.secondaryText

@@ -10,6 +10,8 @@ Control {
     required property string kind
     required property string title
     required property var forms
+    // Set for a tense the verb has no forms in.
+    required property string emptyNote
 
     readonly property bool isVerbRow: kind === "verb"
 
@@ -84,6 +86,12 @@ Control {
                     }
                 }
             }
+        }
+
+        NoFormsNote {
+            visible: !section.isVerbRow && section.forms.length === 0
+            width: column.width
+            note: section.emptyNote
         }
     }
 }

@@ -9,6 +9,7 @@ Control {
 
     required property string title
     required property var forms
+    required property string emptyNote
 
     padding: 0
     background: Rectangle {
@@ -53,6 +54,13 @@ Control {
                 item: modelData
                 separatorVisible: true
             }
+        }
+
+        NoFormsNote {
+            visible: block.forms.length === 0
+            width: block.width
+            compact: true
+            note: block.emptyNote
         }
     }
 }

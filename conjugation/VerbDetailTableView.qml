@@ -3,6 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Norvella.Conjugation
 import Norvella.Resources
+import Norvella.Export as Export
 
 // The conjugation screen: one verb's forms, a mood at a time, as a table of
 // titled sections on narrow screens and as a grid of tense blocks on wide ones.
@@ -49,7 +50,9 @@ Page {
         visible: controller.toolbarVisible
         favouriteIcon: controller.favouriteIcon
         favouriteName: controller.favouriteName
+        reportName: controller.reportName
         onFavouriteClicked: controller.toggleFavourite()
+        onReportClicked: reportMail.sendEmail()
         onExportClicked: screen.exportRequested(screen.verb)
     }
 
@@ -92,4 +95,13 @@ Page {
     AlertDialog {
         id: alert
     }
+
+    Export.SupportEmailSender {
+        id: reportMail
+        sender: screen
+        topic: controller.reportSubject
+        details: controller.reportDetails
+    }
+
+    Export.AlertDialog { sender: reportMail }
 }

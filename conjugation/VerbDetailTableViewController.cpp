@@ -52,7 +52,9 @@ void VerbDetailTableViewController::setSelectedVerb(VerbPtr verb)
         return;
     m_player->stop();
     m_verb = std::move(verb);
+    m_chosenSection = 0;
     emit verbChanged();
+    emit reportChanged();
     emit favouriteChanged();
     emit chromeChanged();
     verbReplaced();
@@ -141,7 +143,9 @@ void VerbDetailTableViewController::selectVerbTypes(int segment)
 {
     if (segment != m_selectedSegment) {
         m_selectedSegment = segment;
+        m_chosenSection = 0;
         emit selectedSegmentChanged();
+        emit reportChanged();
     }
     reloadPresentations();
     ConjugationServices::logEvent(QStringLiteral("conjugation_tab"),
@@ -197,6 +201,10 @@ void VerbDetailTableViewController::toggleSpeech(const QString &key, QObject *pr
     const Conjugation *form = conjugationForKey(key);
     if (!form)
         return;
+    for (int section = 1; section < numberOfSections(); ++section) {
+        if (keyFor(m_selectedSegment, section, 0).section(QLatin1Char(':'), 0, 0) == form->type)
+            chooseSection(section);
+    }
     m_player->play(key, PronunciationPlayer::spokenText(*form), qobject_cast<RoundProgressView *>(progressView));
 }
 
@@ -269,7 +277,7 @@ QString VerbDetailTableViewController::verbRowText() const
 {
     if (!m_verb)
         return {};
-    return m_verb->italian + QStringLiteral(" (") + m_verb->translation(*m_settings) + QLatin1Char(')');
+    return titleWithTranslation(m_verb->italian, m_verb->translation(*m_settings));
 }
 
 QStringList VerbDetailTableViewController::segmentTitles() const
@@ -305,6 +313,45 @@ QAbstractItemModel *VerbDetailTableViewController::tableModel() const
 QAbstractItemModel *VerbDetailTableViewController::gridModel() const
 {
     return m_gridModel;
+}
+
+QString VerbDetailTableViewController::noFormsNote() const
+{
+    return Strings::text(QStringLiteral("conjugation.noforms"));
+}
+
+void VerbDetailTableViewController::chooseSection(int section)
+{
+    const int chosen = section > 0 && section < numberOfSections() ? section : 0;
+    if (chosen == m_chosenSection)
+        return;
+    m_chosenSection = chosen;
+    emit reportChanged();
+}
+
+QString VerbDetailTableViewController::reportName() const
+{
+    return Strings::text(QStringLiteral("conjugation.report"));
+}
+
+QString VerbDetailTableViewController::reportSubject() const
+{
+    if (!m_verb)
+        return {};
+    return Strings::text(QStringLiteral("conjugation.report.subject")).arg(m_verb->italian);
+}
+
+QString VerbDetailTableViewController::reportDetails() const
+{
+    if (!m_verb)
+        return {};
+    const QString mood = Strings::text(ConjugationGroups::groupTitleKey(m_selectedSegment));
+    QString details = Strings::text(QStringLiteral("conjugation.report.verb")).arg(m_verb->italian) + QLatin1Char('\n')
+            + Strings::text(QStringLiteral("conjugation.report.mood")).arg(mood);
+    if (m_chosenSection > 0)
+        details += QLatin1Char('\n')
+                + Strings::text(QStringLiteral("conjugation.report.tense")).arg(titleForHeaderInSection(m_chosenSection));
+    return details;
 }
 
 } // namespace norvella

@@ -47,6 +47,9 @@ class VerbDetailTableViewController : public QObject, public QQmlParserStatus
     Q_PROPERTY(QAbstractItemModel *tableModel READ tableModel CONSTANT)
     Q_PROPERTY(QAbstractItemModel *gridModel READ gridModel CONSTANT)
     Q_PROPERTY(QString speakingKey READ speakingKey NOTIFY speakingKeyChanged)
+    Q_PROPERTY(QString reportName READ reportName CONSTANT)
+    Q_PROPERTY(QString reportSubject READ reportSubject NOTIFY reportChanged)
+    Q_PROPERTY(QString reportDetails READ reportDetails NOTIFY reportChanged)
 
 public:
     explicit VerbDetailTableViewController(QObject *parent = nullptr);
@@ -110,6 +113,18 @@ public:
     QAbstractItemModel *tableModel() const;
     QAbstractItemModel *gridModel() const;
     QString speakingKey() const { return m_player->speakingKey(); }
+    // What a tense without forms shows under its dash.
+    QString noFormsNote() const;
+
+    // The tense the user last played a form of, as a table section of the
+    // selected mood; 0 when none is chosen. A new mood or verb clears it.
+    int chosenSection() const { return m_chosenSection; }
+    Q_INVOKABLE void chooseSection(int section);
+    // "Report a mistake": the mail names the verb, the mood and, once one is
+    // chosen, the tense, so support knows which table to check.
+    QString reportName() const;
+    QString reportSubject() const;
+    QString reportDetails() const;
 
 signals:
     void verbChanged();
@@ -120,6 +135,7 @@ signals:
     void chromeChanged();
     void speakingKeyChanged();
     void alertRequested(const QString &message);
+    void reportChanged();
 
 private:
     void reloadPresentations();
@@ -133,6 +149,7 @@ private:
     QPointer<QObject> m_verbObject;
     QPointer<QObject> m_queueObject;
     int m_selectedSegment = 0;
+    int m_chosenSection = 0;
     bool m_peeking = false;
     bool m_viewLoaded = false;
     ConjugationSectionModel *m_tableModel;

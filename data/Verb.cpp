@@ -87,4 +87,27 @@ ConjugationList *Verb::listForType(const QString &type)
     return nullptr;
 }
 
+bool takesChe(const QString &type)
+{
+    return type == QLatin1String("15") || type == QLatin1String("16") || type == QLatin1String("17")
+            || type == QLatin1String("18");
+}
+
+QString withChe(const QString &pronoun)
+{
+    const QString trimmed = pronoun.trimmed();
+    // A source that already spells the conjunction must not read "che che io".
+    if (trimmed.isEmpty() || trimmed.startsWith(QLatin1String("che "), Qt::CaseInsensitive))
+        return pronoun;
+    return QStringLiteral("che ") + pronoun;
+}
+
+QString titleWithTranslation(const QString &infinitive, const QString &translation)
+{
+    const QString shown = translation.trimmed();
+    if (shown.isEmpty())
+        return infinitive;
+    return infinitive + QStringLiteral(" (") + shown + QLatin1Char(')');
+}
+
 } // namespace norvella

@@ -25,6 +25,16 @@ struct Conjugation
 
 using ConjugationList = QList<Conjugation>;
 
+// A grammar table prints the four subjunctive tenses (type ids 15 to 18) with
+// "che" before the pronoun: "che io sia", "che io mi alzi". No other tense does.
+bool takesChe(const QString &type);
+// The pronoun with "che" in front; a form without a pronoun stays without one.
+QString withChe(const QString &pronoun);
+
+// "infinitive (translation)", or the bare infinitive when there is no
+// translation to show: never an empty pair of brackets.
+QString titleWithTranslation(const QString &infinitive, const QString &translation);
+
 struct Verb
 {
     qint64 id = -1;

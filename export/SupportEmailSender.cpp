@@ -111,9 +111,27 @@ QString SupportEmailSender::alertButton() const
     return Strings::text(QStringLiteral("common.ok"));
 }
 
+void SupportEmailSender::setTopic(const QString &topic)
+{
+    if (m_topic == topic)
+        return;
+    m_topic = topic;
+    emit contextChanged();
+}
+
+void SupportEmailSender::setDetails(const QString &details)
+{
+    if (m_details == details)
+        return;
+    m_details = details;
+    emit contextChanged();
+}
+
 QString SupportEmailSender::subject() const
 {
-    return Strings::text(QStringLiteral("app.title"));
+    const QString title = Strings::text(QStringLiteral("app.title"));
+    const QString topic = m_topic.simplified();
+    return topic.isEmpty() ? title : title + QStringLiteral(": ") + topic;
 }
 
 QString SupportEmailSender::recipient() const
@@ -139,6 +157,19 @@ QString SupportEmailSender::htmlBody(const QString &appTitle, const Environment 
             + QStringLiteral("<br />App: ") + versionText(environment);
 }
 
+QString SupportEmailSender::htmlBody(const QString &appTitle, const Environment &environment,
+                                     const QString &details)
+{
+    const QString trimmed = details.trimmed();
+    if (trimmed.isEmpty())
+        return htmlBody(appTitle, environment);
+    // Not escaped, like the machine lines below: the body only ever reaches
+    // the mail client through plainTextBody.
+    QString lines = trimmed;
+    lines.replace(QLatin1Char('\n'), QStringLiteral("<br />"));
+    return lines + htmlBody(appTitle, environment);
+}
+
 QString SupportEmailSender::plainTextBody(const QString &html)
 {
     QString text = html;
@@ -150,7 +181,7 @@ QString SupportEmailSender::plainTextBody(const QString &html)
 void SupportEmailSender::sendEmail()
 {
     const QString title = Strings::text(QStringLiteral("app.title"));
-    const QString body = htmlBody(title, Environment::current());
+    const QString body = htmlBody(title, Environment::current(), m_details);
     // Without a presenting screen nothing may appear, not even a mail window.
     if (!m_sender)
         return;

@@ -22,6 +22,10 @@ class SupportEmailSender : public QObject
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertChanged)
     Q_PROPERTY(QString alertButton READ alertButton CONSTANT)
     Q_PROPERTY(bool composerPresented READ composerPresented NOTIFY composerPresentedChanged)
+    // A mail about one thing (a mistake in a table) says so: the topic goes
+    // into the subject after the app title, the details above the user's words.
+    Q_PROPERTY(QString topic READ topic WRITE setTopic NOTIFY contextChanged)
+    Q_PROPERTY(QString details READ details WRITE setDetails NOTIFY contextChanged)
 
 public:
     // What the mail body says about the machine and the build.
@@ -46,6 +50,10 @@ public:
     QString alertMessage() const { return m_alertMessage; }
     QString alertButton() const;
     bool composerPresented() const { return m_composerPresented; }
+    QString topic() const { return m_topic; }
+    void setTopic(const QString &topic);
+    QString details() const { return m_details; }
+    void setDetails(const QString &details);
 
     Q_INVOKABLE void sendEmail();
     // The mail client's outcome, numbered as DesktopMail::Result.
@@ -54,6 +62,8 @@ public:
     QString subject() const;
     QString recipient() const;
     static QString htmlBody(const QString &appTitle, const Environment &environment);
+    // The body with `details` (plain text, one item per line) at its top.
+    static QString htmlBody(const QString &appTitle, const Environment &environment, const QString &details);
     // The same lines for clients that take no markup.
     static QString plainTextBody(const QString &html);
     static QString versionText(const Environment &environment);
@@ -66,6 +76,7 @@ signals:
     void senderChanged();
     void alertChanged();
     void composerPresentedChanged();
+    void contextChanged();
     // Shown by the screen as a dialog with `alertButton` as its only button.
     void alertRequested(const QString &title, const QString &message);
     // The contact page was opened instead of a mail.
@@ -81,6 +92,8 @@ private:
     QString m_alertTitle;
     QString m_alertMessage;
     bool m_composerPresented = false;
+    QString m_topic;
+    QString m_details;
 };
 
 } // namespace norvella

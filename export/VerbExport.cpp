@@ -49,28 +49,29 @@ struct FormList
 {
     const char *viewKey;
     ConjugationList Verb::*list;
+    const char *typeId;
 };
 
 // The infinitive and the catch-all list are not part of an export.
 const std::array<FormList, 18> formLists{{
-    {"IndicativoPresente", &Verb::indicativoPresente},
-    {"IndicativoImperfetto", &Verb::indicativoImperfetto},
-    {"IndicativoPassatoRemoto", &Verb::indicativoPassatoRemoto},
-    {"IndicativoFuturo", &Verb::indicativoFuturo},
-    {"IndicativoFuturoAnteriore", &Verb::indicativoFuturoAnteriore},
-    {"IndicativoPassatoProssimo", &Verb::indicativoPassatoProssimo},
-    {"IndicativoTrapassatoProssimo", &Verb::indicativoTrapassatoProssimo},
-    {"IndicativoTrapassatoRemoto", &Verb::indicativoTrapassatoRemoto},
-    {"CongiuntivoPresente", &Verb::congiuntivoPresente},
-    {"CongiuntivoImperfetto", &Verb::congiuntivoImperfetto},
-    {"CongiuntivoPassatoProssimo", &Verb::congiuntivoPassatoProssimo},
-    {"CongiuntivoTrapassatoProssimo", &Verb::congiuntivoTrapassatoProssimo},
-    {"CondizionalePresente", &Verb::condizionalePresente},
-    {"CondizionalePassato", &Verb::condizionalePassato},
-    {"Imperativo", &Verb::imperativo},
-    {"ParticipioPresente", &Verb::participioPresente},
-    {"ParticipioPassato", &Verb::participioPassato},
-    {"Gerundio", &Verb::gerundio},
+    {"IndicativoPresente", &Verb::indicativoPresente, "6"},
+    {"IndicativoImperfetto", &Verb::indicativoImperfetto, "8"},
+    {"IndicativoPassatoRemoto", &Verb::indicativoPassatoRemoto, "12"},
+    {"IndicativoFuturo", &Verb::indicativoFuturo, "10"},
+    {"IndicativoFuturoAnteriore", &Verb::indicativoFuturoAnteriore, "11"},
+    {"IndicativoPassatoProssimo", &Verb::indicativoPassatoProssimo, "7"},
+    {"IndicativoTrapassatoProssimo", &Verb::indicativoTrapassatoProssimo, "9"},
+    {"IndicativoTrapassatoRemoto", &Verb::indicativoTrapassatoRemoto, "13"},
+    {"CongiuntivoPresente", &Verb::congiuntivoPresente, "15"},
+    {"CongiuntivoImperfetto", &Verb::congiuntivoImperfetto, "17"},
+    {"CongiuntivoPassatoProssimo", &Verb::congiuntivoPassatoProssimo, "16"},
+    {"CongiuntivoTrapassatoProssimo", &Verb::congiuntivoTrapassatoProssimo, "18"},
+    {"CondizionalePresente", &Verb::condizionalePresente, "19"},
+    {"CondizionalePassato", &Verb::condizionalePassato, "20"},
+    {"Imperativo", &Verb::imperativo, "14"},
+    {"ParticipioPresente", &Verb::participioPresente, "2"},
+    {"ParticipioPassato", &Verb::participioPassato, "4"},
+    {"Gerundio", &Verb::gerundio, "3"},
 }};
 
 struct ResourceName
@@ -138,7 +139,10 @@ QJsonObject VerbExport::viewModel(const Verb &verb, const Settings &settings, bo
     model.insert(QStringLiteral("italian"), verb.italian);
     model.insert(QStringLiteral("english"), verb.english);
     model.insert(QStringLiteral("portuguese"), verb.portuguese);
-    model.insert(QStringLiteral("translated"), verb.translation(settings));
+    // Blank counts as none, so the templates leave the translation line out.
+    model.insert(QStringLiteral("translated"), verb.translation(settings).trimmed());
+    model.insert(QStringLiteral("no_forms"), QStringLiteral("—"));
+    model.insert(QStringLiteral("no_forms_note"), Strings::text(QStringLiteral("conjugation.noforms")));
 
     model.insert(QStringLiteral("indicative"), Strings::text(QStringLiteral("tense.ind")));
     model.insert(QStringLiteral("subjunctive"), Strings::text(QStringLiteral("tense.sub")));
@@ -151,8 +155,10 @@ QJsonObject VerbExport::viewModel(const Verb &verb, const Settings &settings, bo
 
     for (const auto &entry : formLists) {
         QJsonArray forms;
+        const bool che = takesChe(QLatin1String(entry.typeId));
         for (const Conjugation &conjugation : verb.*entry.list) {
-            forms.append(QJsonObject{{QStringLiteral("pronoun"), conjugation.pronoun},
+            const QString pronoun = che ? withChe(conjugation.pronoun) : conjugation.pronoun;
+            forms.append(QJsonObject{{QStringLiteral("pronoun"), pronoun},
                                      {QStringLiteral("verb"), conjugation.verb}});
         }
         model.insert(QLatin1String(entry.viewKey), forms);

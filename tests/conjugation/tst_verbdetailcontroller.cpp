@@ -5,6 +5,7 @@
 #include "ConjugationSectionModel.h"
 #include "ConjugationTestFixture.h"
 #include "NotificationCenter.h"
+#include "SpeechSynthesizer.h"
 #include "UserMessages.h"
 #include "VerbLookup.h"
 #include "VerbViewBookkeeping.h"
@@ -24,6 +25,16 @@ QStringList forms(const ConjugationList &list)
     return out;
 }
 QVariant data(const QAbstractItemModel *model, int row, int role) { return model->index(row, 0).data(role); }
+
+// Takes what is said and says nothing.
+class MuteSynthesizer : public SpeechSynthesizer
+{
+public:
+    bool hasVoice() override { return true; }
+    bool isSpeaking() const override { return false; }
+    void say(const QString &, double) override {}
+    void stop() override {}
+};
 } // namespace
 
 class VerbDetailControllerTest : public QObject
@@ -165,6 +176,83 @@ private slots:
         screen.setSelectedVerb(nullptr);
         QCOMPARE(screen.tableModel()->rowCount(), 0);
         QCOMPARE(screen.gridModel()->rowCount(), 0);
+    }
+
+    // Subjunctive pronouns take "che" (reflexive ones too), no other mood does; a
+    // tense without forms carries a note; no translation means no brackets.
+    void theTableReadsAsAGrammarPrintsIt()
+    {
+        auto pronouns = [](const QAbstractItemModel *model, int row) {
+            QStringList out;
+            for (const QVariant &value : data(model, row, ConjugationSectionModel::FormsRole).toList())
+                out << qobject_cast<ConjugationFormItem *>(value.value<QObject *>())->pronoun();
+            return out;
+        };
+        auto &screen = show(ConjugationFixture::alzarsi());
+        screen.selectVerbTypes(1);
+        const QStringList presente = pronouns(screen.tableModel(), 1);
+        QCOMPARE(presente.mid(0, 2), (QStringList{"che io", "che tu"}));
+        auto *first = qobject_cast<ConjugationFormItem *>(
+                data(screen.gridModel(), 0, ConjugationSectionModel::FormsRole).toList().first().value<QObject *>());
+        QCOMPARE(first->pronoun() + u' ' + first->form(), QStringLiteral("che io mi alzi"));
+        // What is spoken and stored stays the bare pronoun.
+        QCOMPARE(screen.conjugationForKey(first->key())->pronoun, QStringLiteral("io"));
+        for (int segment : {0, 2, 3}) {
+            screen.selectVerbTypes(segment);
+            for (int row = 1; row < screen.tableModel()->rowCount(); ++row) {
+                for (const QString &pronoun : pronouns(screen.tableModel(), row))
+                    QVERIFY2(!pronoun.startsWith(QStringLiteral("che")), qPrintable(pronoun));
+            }
+        }
+
+        // A tense with forms has no note; an empty one, in table and grid alike, has one.
+        screen.selectVerbTypes(3);
+        QCOMPARE(data(screen.tableModel(), 0, ConjugationSectionModel::EmptyNoteRole).toString(), QString());
+        QCOMPARE(data(screen.tableModel(), 2, ConjugationSectionModel::EmptyNoteRole).toString(), QString());
+        const QString note = Strings::text(QStringLiteral("conjugation.noforms"));
+        QVERIFY(!note.isEmpty() && note != QStringLiteral("conjugation.noforms"));
+        screen.setSelectedVerb(ConjugationFixture::zittire());
+        for (int row = 1; row < screen.tableModel()->rowCount(); ++row)
+            QCOMPARE(data(screen.tableModel(), row, ConjugationSectionModel::EmptyNoteRole).toString(), note);
+        QCOMPARE(data(screen.gridModel(), 0, ConjugationSectionModel::EmptyNoteRole).toString(), note);
+
+        for (const char *missing : {"", "  "}) {
+            screen.setSelectedVerb(ConjugationFixture::verb(9, "vigere", missing));
+            QCOMPARE(screen.verbRowText(), QStringLiteral("vigere"));
+            QCOMPARE(data(screen.tableModel(), 0, ConjugationSectionModel::TitleRole).toString(), QStringLiteral("vigere"));
+        }
+    }
+
+    // The mail names the verb and mood shown, and the tense once a form of it was played.
+    void reportAMistakeNamesWhatIsShown()
+    {
+        auto &screen = show(nullptr);
+        QCOMPARE(screen.reportSubject(), QString());
+        QCOMPARE(screen.reportDetails(), QString());
+        screen.setSelectedVerb(ConjugationFixture::andare());
+        QSignalSpy changed(&screen, &VerbDetailTableViewController::reportChanged);
+        screen.selectVerbTypes(1);
+        QCOMPARE(screen.reportName(), QStringLiteral("Report a mistake"));
+        QCOMPARE(screen.reportSubject(), QStringLiteral("Mistake in “andare”"));
+        QCOMPARE(screen.reportDetails(), QStringLiteral("Verb: andare\nMood: Subjunctive"));
+        screen.chooseSection(3);
+        QCOMPARE(screen.reportDetails(), QStringLiteral("Verb: andare\nMood: Subjunctive\nTense: Past"));
+        screen.chooseSection(99); // not a tense of this mood: back to none
+        QVERIFY(!screen.reportDetails().contains(QStringLiteral("Tense")));
+        // Playing a form chooses its tense; another mood or verb forgets it.
+        screen.setSpeechSynthesizer(new MuteSynthesizer);
+        screen.setVolumeProbe([] { return std::optional<double>(1.0); });
+        screen.selectVerbTypes(0);
+        screen.toggleSpeech(QStringLiteral("8:0"), nullptr);
+        QCOMPARE(screen.chosenSection(), 3);
+        QVERIFY(screen.reportDetails().endsWith(QStringLiteral("Mood: Indicative\nTense: Imperfect")));
+        screen.selectVerbTypes(2);
+        QCOMPARE(screen.chosenSection(), 0);
+        QVERIFY(changed.count() >= 4);
+
+        Strings::shared().selectLanguage({QStringLiteral("it-IT")});
+        QCOMPARE(screen.reportDetails(), QStringLiteral("Verbo: andare\nModo: Condizionale"));
+        Strings::shared().selectLanguage({QStringLiteral("en-GB")});
     }
 
     // The screen opens and the view counts whatever fails; the lists keep what they held.

@@ -3,6 +3,7 @@
 // NORVELLA_SCREENSHOT_DIR=/some/folder saves each state it visits as a PNG.
 #include "ConjugationTestFixture.h"
 #include "DatabaseQueueRef.h"
+#include "DesktopMail.h"
 #include "QmlLoadHarness.h"
 #include "RoundProgressView.h"
 #include "SpeechSynthesizer.h"
@@ -14,6 +15,7 @@
 
 Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
 
 using namespace norvella;
 using norvella::test::ConjugationFixture;
@@ -132,7 +134,7 @@ private slots:
 
     void everyMoodAtPhoneAndTabletSize()
     {
-        for (const QString verb : {"andare", "alzarsi"}) {
+        for (const QString verb : {"andare", "alzarsi", "zittire"}) {
             for (const QSize size : {QSize(390, 844), QSize(1024, 768)}) {
                 open(verbByInfinitive(*m_queueRef->queue(), verb), size);
                 QCOMPARE(screen()->property("regularWidth").toBool(), size.width() >= 700);
@@ -154,7 +156,7 @@ private slots:
         });
         click(subjunctive == items.end() ? nullptr : *subjunctive);
         QCOMPARE(controller()->selectedSegment(), 1);
-        QVERIFY(button(QStringLiteral("Play “io vada”")));
+        QVERIFY(button(QStringLiteral("Play “che io vada”")));
 
         click(button(QStringLiteral("Add to favourites")));
         QVERIFY(controller()->isFavourite());
@@ -167,9 +169,27 @@ private slots:
         QCOMPARE(share.count(), 1);
         QCOMPARE(share.first().first().value<QObject *>(), m_verbRef.get());
 
+        // "Report a mistake" hands the mail client a mail about this verb and mood.
+        QList<QStringList> runs;
+        const DesktopMail::Platform system = DesktopMail::platform();
+        DesktopMail::Platform fake;
+        fake.findMailCommand = [] { return QStringLiteral("/usr/bin/xdg-email"); };
+        fake.run = [&runs](const QString &program, const QStringList &arguments, std::function<void(bool)> done) {
+            runs.append(QStringList{program} + arguments);
+            done(true);
+        };
+        fake.openUrl = [](const QUrl &) { return false; };
+        DesktopMail::platform() = fake;
+        click(button(QStringLiteral("Report a mistake")));
+        DesktopMail::platform() = system;
+        QCOMPARE(runs.size(), 1);
+        const QStringList run = runs.first();
+        QVERIFY(run.at(run.indexOf("--subject") + 1).endsWith(QStringLiteral("Mistake in “andare”")));
+        QVERIFY(run.at(run.indexOf("--body") + 1).startsWith(QStringLiteral("Verb: andare\nMood: Subjunctive\n")));
+
         // A low volume is announced, and the alert goes away when acknowledged.
         controller()->setVolumeProbe([] { return std::optional<double>(0.05); });
-        click(button(QStringLiteral("Play “tu vada”")));
+        click(button(QStringLiteral("Play “che tu vada”")));
         QVERIFY(button(QStringLiteral("OK")));
         checkLayout(QStringLiteral("andare-volume-alert-390x844"));
         click(button(QStringLiteral("OK")));

@@ -249,6 +249,34 @@ private slots:
         QCOMPARE(alerts.count(), 1);
     }
 
+    // A mail about one table names it: the topic follows the app title in the
+    // subject, the details open the body above the room for the user's words.
+    void aReportNamesWhatItIsAbout()
+    {
+        m_desktop.mailCommand = "/usr/bin/xdg-email";
+        QObject screen;
+        SupportEmailSender sender(&screen, nullptr);
+        QSignalSpy context(&sender, &SupportEmailSender::contextChanged);
+        sender.setTopic("Mistake in “vigere”");
+        sender.setDetails("Verb: vigere\nMood: Subjunctive\nTense: Present");
+        sender.setDetails("Verb: vigere\nMood: Subjunctive\nTense: Present");
+        QCOMPARE(context.count(), 2);
+        sender.sendEmail();
+        const QStringList run = m_desktop.runs.value(0);
+        QCOMPARE(run.at(run.indexOf("--subject") + 1), Strings::text("app.title") + ": Mistake in “vigere”");
+        const QString body = run.at(run.indexOf("--body") + 1);
+        QVERIFY2(body.startsWith("Verb: vigere\nMood: Subjunctive\nTense: Present\n\n\n----------\nApp: "),
+                 qPrintable(body));
+        QVERIFY(body.endsWith("\nApp: 1.2.0 (42)"));
+
+        // Blank context is no context: the plain support mail.
+        sender.setTopic("  ");
+        sender.setDetails("\n");
+        QCOMPARE(sender.subject(), Strings::text("app.title"));
+        QCOMPARE(SupportEmailSender::htmlBody("Norvella", environment(), " \n"),
+                 SupportEmailSender::htmlBody("Norvella", environment()));
+    }
+
     void composerOutcomes()
     {
         // The outcome arrives while the composer is still up; only sent and failed mail tell the user.

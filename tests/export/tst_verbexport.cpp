@@ -152,15 +152,54 @@ private slots:
         QVERIFY(result.documents.html.contains("so&#x60;no ${x} \\n &lt;b&gt;&amp;"));
         QVERIFY(result.documents.html.contains("va&#39;"));
 
-        // Empty tenses leave no trace, only the mood headings stay.
+    }
+
+    // A tense the verb lacks keeps its heading, with a dash and the note, in both documents.
+    void emptyTensesShowADashAndANote()
+    {
         Verb piovere;
         piovere.italian = "piovere";
         piovere.indicativoPresente = {{"lui/lei", "piove", "6", 3, {}}};
         const VerbExport::Result rain = VerbExport(*m_settings).render(piovere);
-        QCOMPARE(outline(rain.documents.text), (QStringList{"piovere", "Indicative", "Present", "piove",
-                                                            "Subjunctive", "Conditional", "Other forms"}));
-        QCOMPARE(rain.documents.html.count("<td class=p>"), 1);
-        QVERIFY(!rain.documents.html.contains("Imperfect"));
+        QCOMPARE(rain.status, VerbExport::Status::Rendered);
+        const QString note = Strings::text("conjugation.noforms");
+        const QStringList lines = rain.documents.text.split('\n');
+        QCOMPARE(lines.count("\t—\t" + note), 17);
+        const qsizetype heading = lines.indexOf("Imperfect");
+        QVERIFY(heading > 0);
+        QCOMPARE(lines.value(heading + 1), "\t—\t" + note);
+        QCOMPARE(outline(rain.documents.text).mid(0, 4), (QStringList{"piovere", "Indicative", "Present", "piove"}));
+        QCOMPARE(rain.documents.html.count(note), 17);
+        QCOMPARE(rain.documents.html.count("<h3>"), 18);
+        QVERIFY(rain.documents.html.contains("<h3>Gerund</h3><table><tr><td class=v>—</td><td class=p>" + note));
+    }
+
+    // Subjunctive pronouns read "che io sia" in both documents; other tenses keep theirs.
+    // Without a translation there is no empty line or markup where it would go.
+    void documentsReadAsAGrammarPrintsThem()
+    {
+        Verb verb = essere();
+        verb.english.clear();
+        verb.congiuntivoPresente = {{"io", "sia", "15", 1, {}}, {"", "sia", "15", 2, {}}};
+        verb.congiuntivoTrapassatoProssimo = {{"io", "mi fossi alzato", "18", 1, {}}};
+        verb.condizionalePresente = {{"io", "sarei", "19", 1, {}}};
+        verb.imperativo = {{"tu", "sii", "14", 1, {}}};
+        const QJsonObject model = VerbExport::viewModel(verb, *m_settings, false);
+        QCOMPARE(model["translated"].toString(), QString());
+        const VerbExport::Result result = VerbExport(*m_settings).render(verb);
+        QCOMPARE(result.status, VerbExport::Status::Rendered);
+        const QString &text = result.documents.text;
+        QVERIFY(text.contains("\tche io\tsia\n"));
+        QVERIFY(text.contains("\t\tsia\n")); // a form without a pronoun gets no "che"
+        QVERIFY(text.contains("\tche io\tmi fossi alzato\n"));
+        QVERIFY(text.contains("\tio\tsarei\n") && text.contains("\ttu\tsii\n"));
+        QVERIFY(text.contains("\tio\tsono\n"));
+        QCOMPARE(text.count("che "), 2);
+        QVERIFY(text.startsWith("essere\n\nIndicative"));
+        const QString &html = result.documents.html;
+        QVERIFY(html.contains("<td class=p>che io</td><td class=v>sia</td>"));
+        QCOMPARE(html.count("che "), 2);
+        QVERIFY(!html.contains("<p></p>") && !html.contains("()"));
     }
 
     void faultyResources()
