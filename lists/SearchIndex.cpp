@@ -130,6 +130,34 @@ QByteArray plainPrefix(const QByteArray &pattern)
     return pattern.left(end);
 }
 
+bool isSet(const std::atomic_bool *flag)
+{
+    return flag && flag->load(std::memory_order_relaxed);
+}
+
+// std::sort in blocks, then merges of ever longer runs, looking at `cancel`
+// between steps: the build's largest sorts take a few hundred milliseconds,
+// and quitting waits for the build to notice it is no longer wanted.
+template<typename Iterator, typename Less>
+bool sortUnlessCancelled(Iterator begin, Iterator end, Less less, const std::atomic_bool *cancel)
+{
+    constexpr std::ptrdiff_t Block = 1 << 14;
+    const std::ptrdiff_t size = end - begin;
+    for (std::ptrdiff_t from = 0; from < size; from += Block) {
+        if (isSet(cancel))
+            return false;
+        std::sort(begin + from, begin + std::min(from + Block, size), less);
+    }
+    for (std::ptrdiff_t run = Block; run < size; run *= 2) {
+        for (std::ptrdiff_t from = 0; from + run < size; from += 2 * run) {
+            if (isSet(cancel))
+                return false;
+            std::inplace_merge(begin + from, begin + from + run, begin + std::min(from + 2 * run, size), less);
+        }
+    }
+    return true;
+}
+
 QString textColumn(sqlite3_stmt *statement, int column)
 {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
@@ -180,13 +208,25 @@ void SearchIndex::Pool::closeVerb(quint32 verb)
 
 std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *error, const std::atomic_bool *cancel)
 {
-    auto cancelled = [cancel] { return cancel && cancel->load(std::memory_order_relaxed); };
+    auto cancelled = [cancel] { return isSet(cancel); };
     if (!db.isOpen() && !db.open()) {
         if (error)
             *error = db.lastErrorMessage();
         return nullptr;
     }
     sqlite3 *handle = db.handle();
+    // A single step can run long (a sort the table's order does not serve):
+    // SQLite asks between instructions whether to go on.
+    struct ProgressGuard
+    {
+        sqlite3 *handle;
+        ~ProgressGuard() { sqlite3_progress_handler(handle, 0, nullptr, nullptr); }
+    } progressGuard{handle};
+    if (cancel) {
+        sqlite3_progress_handler(
+                handle, 1000, [](void *flag) { return isSet(static_cast<const std::atomic_bool *>(flag)) ? 1 : 0; },
+                const_cast<std::atomic_bool *>(cancel));
+    }
     auto fail = [&]() -> std::shared_ptr<const SearchIndex> {
         if (error)
             *error = QStringLiteral("%1 (%2)").arg(QString::fromUtf8(sqlite3_errmsg(handle))).arg(sqlite3_errcode(handle));
@@ -210,6 +250,8 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     int rc;
     while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
         const auto position = quint32(index->m_verbs.size());
+        if ((position & 0xFF) == 0 && cancelled())
+            break;
         VerbRecord record;
         record.id = sqlite3_column_int64(statement, 0);
         record.loweredItalian = textColumn(statement, 1);
@@ -240,16 +282,18 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
         positionOfId.insert(record.id, position);
         index->m_verbs.push_back(std::move(record));
     }
-    if (rc != SQLITE_DONE) {
-        sqlite3_finalize(statement);
-        return fail();
-    }
     sqlite3_finalize(statement);
+    if (cancelled())
+        return nullptr;
+    if (rc != SQLITE_DONE)
+        return fail();
 
     const auto verbCount = quint32(index->m_verbs.size());
     for (Pool &pool : index->m_columns)
         pool.closeVerb(verbCount);
     for (int column = 0; column < ColumnCount; ++column) {
+        if (cancelled())
+            return nullptr;
         auto &order = index->m_orderBy[column];
         order.resize(verbCount);
         std::iota(order.begin(), order.end(), 0u);
@@ -307,10 +351,13 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     flush();
     forms.closeVerb(verbCount);
     forms.bytes.squeeze();
-    forms.finish();
-    for (Pool &pool : index->m_columns)
-        pool.finish();
-    return cancelled() ? nullptr : index;
+    if (!forms.finish(cancel))
+        return nullptr;
+    for (Pool &pool : index->m_columns) {
+        if (!pool.finish(cancel))
+            return nullptr;
+    }
+    return index;
 }
 
 namespace {
@@ -323,17 +370,21 @@ quint32 gramKey(const unsigned char *bytes, int length)
 }
 } // namespace
 
-void SearchIndex::Pool::finish()
+bool SearchIndex::Pool::finish(const std::atomic_bool *cancel)
 {
     const auto textCount = quint32(start.size());
     sorted.resize(textCount);
     std::iota(sorted.begin(), sorted.end(), 0u);
-    std::sort(sorted.begin(), sorted.end(), [this](quint32 a, quint32 b) { return std::strcmp(text(a), text(b)) < 0; });
+    if (!sortUnlessCancelled(sorted.begin(), sorted.end(),
+                             [this](quint32 a, quint32 b) { return std::strcmp(text(a), text(b)) < 0; }, cancel))
+        return false;
 
     std::vector<std::pair<quint32, quint32>> pairs;
     std::vector<quint32> keys;
     const auto verbCount = quint32(firstOfVerb.size() - 1);
     for (quint32 verb = 0; verb < verbCount; ++verb) {
+        if ((verb & 0xFF) == 0 && isSet(cancel))
+            return false;
         keys.clear();
         for (quint32 number = firstOfVerb[verb]; number < firstOfVerb[verb + 1]; ++number) {
             const auto *bytes = reinterpret_cast<const unsigned char *>(text(number));
@@ -348,7 +399,8 @@ void SearchIndex::Pool::finish()
         for (const quint32 key : keys)
             pairs.emplace_back(key, verb);
     }
-    std::sort(pairs.begin(), pairs.end());
+    if (!sortUnlessCancelled(pairs.begin(), pairs.end(), std::less<>(), cancel))
+        return false;
     gramKeys.clear();
     gramStart.clear();
     gramVerbs.resize(pairs.size());
@@ -360,6 +412,7 @@ void SearchIndex::Pool::finish()
         gramVerbs[i] = pairs[i].second;
     }
     gramStart.push_back(quint32(pairs.size()));
+    return true;
 }
 
 std::vector<quint32> SearchIndex::Pool::verbsContaining(const QByteArray &literal) const
