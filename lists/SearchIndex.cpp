@@ -130,6 +130,70 @@ QByteArray plainPrefix(const QByteArray &pattern)
     return pattern.left(end);
 }
 
+bool isSet(const std::atomic_bool *flag)
+{
+    return flag && flag->load(std::memory_order_relaxed);
+}
+
+// std::sort in blocks, then merges of ever longer runs, looking at `cancel`
+// every few thousand comparisons: a sort of every form takes a tenth of a
+// second, and quitting waits for the build to notice it is not wanted.
+template<typename T, typename Less>
+bool sortUnlessCancelled(std::vector<T> &items, Less less, const std::atomic_bool *cancel)
+{
+    constexpr size_t Block = 1 << 12;
+    constexpr size_t CheckEvery = 1 << 14;
+    const size_t size = items.size();
+    for (size_t from = 0; from < size; from += Block) {
+        if (isSet(cancel))
+            return false;
+        std::sort(items.begin() + std::ptrdiff_t(from), items.begin() + std::ptrdiff_t(std::min(from + Block, size)),
+                  less);
+    }
+    std::vector<T> merged(size);
+    size_t steps = 0;
+    for (size_t run = Block; run < size; run *= 2) {
+        size_t out = 0;
+        for (size_t from = 0; from < size; from += 2 * run) {
+            const size_t middle = std::min(from + run, size);
+            const size_t end = std::min(from + 2 * run, size);
+            size_t left = from;
+            size_t right = middle;
+            while (left < middle && right < end) {
+                if (++steps % CheckEvery == 0 && isSet(cancel))
+                    return false;
+                merged[out++] = less(items[right], items[left]) ? items[right++] : items[left++];
+            }
+            out = std::copy(items.begin() + std::ptrdiff_t(left), items.begin() + std::ptrdiff_t(middle),
+                            merged.begin() + std::ptrdiff_t(out)) - merged.begin();
+            out = std::copy(items.begin() + std::ptrdiff_t(right), items.begin() + std::ptrdiff_t(end),
+                            merged.begin() + std::ptrdiff_t(out)) - merged.begin();
+        }
+        items.swap(merged);
+    }
+    return true;
+}
+
+// A column's texts as read, for its ORDER BY: one buffer rather than a string
+// per text, so that a build cancelled later has little to free on its way out.
+struct OrderTexts
+{
+    QByteArray bytes;
+    std::vector<quint32> start{0};
+    std::vector<bool> isNull;
+
+    void append(const char *text, int length)
+    {
+        isNull.push_back(!text);
+        bytes.append(text, text ? length : 0);
+        start.push_back(quint32(bytes.size()));
+    }
+    std::string_view at(quint32 row) const
+    {
+        return {bytes.constData() + start[row], size_t(start[row + 1] - start[row])};
+    }
+};
+
 QString textColumn(sqlite3_stmt *statement, int column)
 {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
@@ -180,13 +244,25 @@ void SearchIndex::Pool::closeVerb(quint32 verb)
 
 std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *error, const std::atomic_bool *cancel)
 {
-    auto cancelled = [cancel] { return cancel && cancel->load(std::memory_order_relaxed); };
+    auto cancelled = [cancel] { return isSet(cancel); };
     if (!db.isOpen() && !db.open()) {
         if (error)
             *error = db.lastErrorMessage();
         return nullptr;
     }
     sqlite3 *handle = db.handle();
+    // A single step can run long (a sort the table's order does not serve):
+    // SQLite asks between instructions whether to go on.
+    struct ProgressGuard
+    {
+        sqlite3 *handle;
+        ~ProgressGuard() { sqlite3_progress_handler(handle, 0, nullptr, nullptr); }
+    } progressGuard{handle};
+    if (cancel) {
+        sqlite3_progress_handler(
+                handle, 1000, [](void *flag) { return isSet(static_cast<const std::atomic_bool *>(flag)) ? 1 : 0; },
+                const_cast<std::atomic_bool *>(cancel));
+    }
     auto fail = [&]() -> std::shared_ptr<const SearchIndex> {
         if (error)
             *error = QStringLiteral("%1 (%2)").arg(QString::fromUtf8(sqlite3_errmsg(handle))).arg(sqlite3_errcode(handle));
@@ -204,12 +280,13 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     sqlite3_stmt *statement = nullptr;
     if (sqlite3_prepare_v2(handle, sql.constData(), -1, &statement, nullptr) != SQLITE_OK)
         return fail();
-    std::array<std::vector<QByteArray>, ColumnCount> orderKeys;
-    std::array<std::vector<bool>, ColumnCount> orderNull;
+    std::array<OrderTexts, ColumnCount> orderTexts;
     QHash<qint64, quint32> positionOfId;
     int rc;
     while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
         const auto position = quint32(index->m_verbs.size());
+        if ((position & 0xFF) == 0 && cancelled())
+            break;
         VerbRecord record;
         record.id = sqlite3_column_int64(statement, 0);
         record.loweredItalian = textColumn(statement, 1);
@@ -234,35 +311,34 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
             const int matchedLength = text ? int(qstrnlen(text, uint(length))) : 0;
             index->m_columns[column].closeVerb(position);
             index->m_columns[column].append(position, text ? text : "", matchedLength, !text);
-            orderKeys[column].push_back(text ? QByteArray(text, length) : QByteArray());
-            orderNull[column].push_back(!text);
+            orderTexts[column].append(text, length);
         }
         positionOfId.insert(record.id, position);
         index->m_verbs.push_back(std::move(record));
     }
-    if (rc != SQLITE_DONE) {
-        sqlite3_finalize(statement);
-        return fail();
-    }
     sqlite3_finalize(statement);
+    if (cancelled())
+        return nullptr;
+    if (rc != SQLITE_DONE)
+        return fail();
 
     const auto verbCount = quint32(index->m_verbs.size());
     for (Pool &pool : index->m_columns)
         pool.closeVerb(verbCount);
     for (int column = 0; column < ColumnCount; ++column) {
+        if (cancelled())
+            return nullptr;
         auto &order = index->m_orderBy[column];
         order.resize(verbCount);
         std::iota(order.begin(), order.end(), 0u);
-        const auto &keys = orderKeys[column];
-        const auto &nulls = orderNull[column];
+        const OrderTexts &texts = orderTexts[column];
         // BINARY collation: NULL first, then bytes compared as unsigned.
         std::stable_sort(order.begin(), order.end(), [&](quint32 a, quint32 b) {
-            if (nulls[a] != nulls[b])
-                return bool(nulls[a]);
-            const std::string_view left(keys[a].constData(), size_t(keys[a].size()));
-            const std::string_view right(keys[b].constData(), size_t(keys[b].size()));
-            return left < right;
+            if (texts.isNull[a] != texts.isNull[b])
+                return bool(texts.isNull[a]);
+            return texts.at(a) < texts.at(b);
         });
+        orderTexts[column] = {};
     }
 
     // Forms, a verb's duplicates kept once: the statement groups by verb, so
@@ -307,10 +383,13 @@ std::shared_ptr<const SearchIndex> SearchIndex::build(Database &db, QString *err
     flush();
     forms.closeVerb(verbCount);
     forms.bytes.squeeze();
-    forms.finish();
-    for (Pool &pool : index->m_columns)
-        pool.finish();
-    return cancelled() ? nullptr : index;
+    if (!forms.finish(cancel))
+        return nullptr;
+    for (Pool &pool : index->m_columns) {
+        if (!pool.finish(cancel))
+            return nullptr;
+    }
+    return index;
 }
 
 namespace {
@@ -323,17 +402,23 @@ quint32 gramKey(const unsigned char *bytes, int length)
 }
 } // namespace
 
-void SearchIndex::Pool::finish()
+bool SearchIndex::Pool::finish(const std::atomic_bool *cancel)
 {
     const auto textCount = quint32(start.size());
     sorted.resize(textCount);
     std::iota(sorted.begin(), sorted.end(), 0u);
-    std::sort(sorted.begin(), sorted.end(), [this](quint32 a, quint32 b) { return std::strcmp(text(a), text(b)) < 0; });
+    if (!sortUnlessCancelled(sorted, [this](quint32 a, quint32 b) { return std::strcmp(text(a), text(b)) < 0; },
+                             cancel))
+        return false;
 
     std::vector<std::pair<quint32, quint32>> pairs;
     std::vector<quint32> keys;
     const auto verbCount = quint32(firstOfVerb.size() - 1);
+    // The heaviest loop of the build, about a tenth of a millisecond a verb
+    // with all its forms.
     for (quint32 verb = 0; verb < verbCount; ++verb) {
+        if (isSet(cancel))
+            return false;
         keys.clear();
         for (quint32 number = firstOfVerb[verb]; number < firstOfVerb[verb + 1]; ++number) {
             const auto *bytes = reinterpret_cast<const unsigned char *>(text(number));
@@ -348,18 +433,34 @@ void SearchIndex::Pool::finish()
         for (const quint32 key : keys)
             pairs.emplace_back(key, verb);
     }
-    std::sort(pairs.begin(), pairs.end());
-    gramKeys.clear();
-    gramStart.clear();
+    // Posting lists by counting rather than by sorting the pairs: a few
+    // thousand distinct keys over a million pairs. The pairs come in verb
+    // order, so each list fills in ascending order.
+    constexpr size_t CheckEvery = 1 << 16;
+    QHash<quint32, quint32> slotOf;
+    for (size_t i = 0; i < pairs.size(); ++i) {
+        if (i % CheckEvery == 0 && isSet(cancel))
+            return false;
+        ++slotOf[pairs[i].first];
+    }
+    gramKeys.assign(slotOf.keyBegin(), slotOf.keyEnd());
+    std::sort(gramKeys.begin(), gramKeys.end());
+    gramStart.resize(gramKeys.size() + 1);
+    quint32 offset = 0;
+    for (size_t k = 0; k < gramKeys.size(); ++k) {
+        gramStart[k] = offset;
+        quint32 &slot = slotOf[gramKeys[k]];
+        offset += slot;
+        slot = gramStart[k];
+    }
+    gramStart.back() = offset;
     gramVerbs.resize(pairs.size());
     for (size_t i = 0; i < pairs.size(); ++i) {
-        if (gramKeys.empty() || gramKeys.back() != pairs[i].first) {
-            gramKeys.push_back(pairs[i].first);
-            gramStart.push_back(quint32(i));
-        }
-        gramVerbs[i] = pairs[i].second;
+        if (i % CheckEvery == 0 && isSet(cancel))
+            return false;
+        gramVerbs[slotOf[pairs[i].first]++] = pairs[i].second;
     }
-    gramStart.push_back(quint32(pairs.size()));
+    return true;
 }
 
 std::vector<quint32> SearchIndex::Pool::verbsContaining(const QByteArray &literal) const

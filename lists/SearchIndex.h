@@ -129,8 +129,9 @@ private:
         void append(quint32 verb, const char *text, int length, bool null);
         // Marks where the texts of every verb up to this one begin.
         void closeVerb(quint32 verb);
-        // Builds the two lookups once every text is in.
-        void finish();
+        // Builds the two lookups once every text is in; false when `cancel`
+        // is set on the way.
+        bool finish(const std::atomic_bool *cancel);
         const char *text(quint32 number) const { return bytes.constData() + start[number]; }
         // Verbs with a text containing every byte of `literal` in n-gram
         // terms: a superset of those containing `literal` itself.

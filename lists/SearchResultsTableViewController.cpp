@@ -63,13 +63,26 @@ std::shared_ptr<const SearchIndex> buildIndex(const QString &path, const std::sh
 }
 } // namespace
 
-SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent) {}
+SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent)
+{
+    // A build for a queue that is gone only holds up the CPU and, at quit,
+    // the thread pool that waits for it.
+    connect(this, &VerbTableModel::queueChanged, this, &SearchResultsTableViewController::dropIndex);
+}
 
 SearchResultsTableViewController::~SearchResultsTableViewController()
 {
-    // Quitting must not wait for a build nobody will use.
+    dropIndex();
+}
+
+void SearchResultsTableViewController::dropIndex()
+{
     if (m_cancelBuild)
         *m_cancelBuild = true;
+    m_cancelBuild.reset();
+    delete m_indexBuild;
+    m_index.reset();
+    m_indexQueue.reset();
 }
 
 SearchResultsTableViewController::Statement SearchResultsTableViewController::statement(
@@ -107,47 +120,48 @@ void SearchResultsTableViewController::prepareIndex()
 {
     if (!queue() || m_indexQueue.lock() == queue())
         return;
-    m_index.reset();
+    dropIndex();
     m_indexQueue = queue();
-    if (m_cancelBuild)
-        *m_cancelBuild = true;
     m_cancelBuild = std::make_shared<std::atomic_bool>(false);
     // Built on its own connection so the first frames are not held up; the
     // statement answers until it is ready.
-    m_indexBuild = QtConcurrent::run(buildIndex, queue()->path(), m_cancelBuild);
-    // Hand it to the other lists as soon as it is there, not at the next search.
-    m_indexBuild.then(this, [this, built = std::weak_ptr<DatabaseQueue>(queue())](
-                                    const std::shared_ptr<const SearchIndex> &index) {
-        const auto current = queue();
-        if (index && current && built.lock() == current) {
-            if (!m_index)
-                m_index = index;
-            SearchIndex::publish(current, index);
-        }
-    });
+    auto *build = new IndexBuild(this);
+    // Handed to the other lists as soon as it is there, not at the next search.
+    connect(build, &IndexBuild::finished, this, [this, build] { indexBuilt(build); });
+    build->setFuture(QtConcurrent::run(buildIndex, queue()->path(), m_cancelBuild));
+    m_indexBuild = build;
+}
+
+void SearchResultsTableViewController::indexBuilt(IndexBuild *build)
+{
+    if (build != m_indexBuild)
+        return;
+    const auto index = build->future().result();
+    m_indexBuild = nullptr;
+    build->deleteLater();
+    m_cancelBuild.reset();
+    if (index && queue() && m_indexQueue.lock() == queue()) {
+        m_index = index;
+        SearchIndex::publish(queue(), index);
+    }
 }
 
 bool SearchResultsTableViewController::waitForIndex()
 {
     prepareIndex();
-    if (!m_index && m_indexBuild.isValid()) {
-        m_indexBuild.waitForFinished();
-        m_index = m_indexBuild.result();
-        m_indexBuild = {};
-        SearchIndex::publish(queue(), m_index);
+    if (!m_index && m_indexBuild) {
+        m_indexBuild->waitForFinished();
+        indexBuilt(m_indexBuild);
     }
     return m_index != nullptr;
 }
 
 const SearchIndex *SearchResultsTableViewController::readyIndex()
 {
-    if (m_indexQueue.lock() != queue())
-        prepareIndex();
-    if (!m_index && m_indexBuild.isValid() && m_indexBuild.isFinished()) {
-        m_index = m_indexBuild.result();
-        m_indexBuild = {};
-        SearchIndex::publish(queue(), m_index);
-    }
+    prepareIndex();
+    // Finished but not handed back yet: the event loop has been busy.
+    if (!m_index && m_indexBuild && m_indexBuild->future().isFinished())
+        indexBuilt(m_indexBuild);
     return m_index.get();
 }
 

@@ -3,9 +3,11 @@
 #include "SearchIndex.h"
 #include "VerbTableModel.h"
 
-#include <QFuture>
-
+#include <QFutureWatcher>
+#include <QPointer>
 #include <QVariantList>
+
+#include <atomic>
 
 namespace norvella {
 
@@ -65,7 +67,14 @@ signals:
     void queryChanged();
 
 private:
+    using IndexBuild = QFutureWatcher<std::shared_ptr<const SearchIndex>>;
+
     const SearchIndex *readyIndex();
+    // Takes a finished build's index, if it is still the current queue's.
+    void indexBuilt(IndexBuild *build);
+    // Cancels the running build and forgets the index: the queue changed or
+    // this screen goes.
+    void dropIndex();
     VerbPtr createRowVerb(int row) const override;
     const VerbPtr &verbAt(qsizetype position) const;
     void searchStatement(const QString &query, Database &db);
@@ -79,9 +88,12 @@ private:
     std::vector<SearchIndex::Hit> m_hits;
     std::shared_ptr<const SearchIndex> m_hitsIndex;
     std::shared_ptr<const SearchIndex> m_index;
-    QFuture<std::shared_ptr<const SearchIndex>> m_indexBuild;
+    // A child of this object, so its hand-back dies with it; replaced (and
+    // the old one deleted, with any hand-back still queued) by every build.
+    QPointer<IndexBuild> m_indexBuild;
     std::shared_ptr<std::atomic_bool> m_cancelBuild;
-    // The queue the index was built from; a new queue needs a new index.
+    // The queue the index or the running build is for; a new queue needs a
+    // new index. Weak: a new queue can be created at a freed one's address.
     std::weak_ptr<DatabaseQueue> m_indexQueue;
 };
 

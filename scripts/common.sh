@@ -3,6 +3,7 @@ set -euo pipefail
 
 NORVELLA_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 NORVELLA_BUILD=${NORVELLA_BUILD:-$NORVELLA_ROOT/build}
+NORVELLA_SANITIZE_BUILD=${NORVELLA_SANITIZE_BUILD:-$NORVELLA_ROOT/build-sanitize}
 
 install_packages() {
     local sudo=""
@@ -18,4 +19,12 @@ install_packages() {
 build_all() {
     cmake -S "$NORVELLA_ROOT" -B "$NORVELLA_BUILD" -DCMAKE_BUILD_TYPE=RelWithDebInfo
     cmake --build "$NORVELLA_BUILD" --parallel "$(nproc)"
+}
+
+# The same sources in Debug with AddressSanitizer and UndefinedBehaviorSanitizer,
+# in a folder of their own: Qt's assertions and the sanitizers catch what the
+# optimised build lets pass (a use after free, a continuation on a dead object).
+build_sanitized() {
+    cmake -S "$NORVELLA_ROOT" -B "$NORVELLA_SANITIZE_BUILD" -DCMAKE_BUILD_TYPE=Debug -DNORVELLA_SANITIZE=ON
+    cmake --build "$NORVELLA_SANITIZE_BUILD" --parallel "$(nproc)"
 }
