@@ -14,6 +14,8 @@
 
 #include <algorithm>
 
+#include <unistd.h>
+
 namespace norvella {
 
 namespace {
@@ -41,14 +43,12 @@ void keepDamagedCopy(const QString &working)
     pruneMovedAside(working, 0);
     const QString stamp = working + QLatin1String(MovedAsideInfix)
             + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    if (!QFile::link(working, stamp) && !QFile::copy(working, stamp))
+    // A hard link keeps the damaged bytes past the rename without copying
+    // them; a file system without links gets a copy.
+    const bool kept = ::link(QFile::encodeName(working).constData(), QFile::encodeName(stamp).constData()) == 0
+            || QFile::copy(working, stamp);
+    if (!kept)
         CrashLog::log(QStringLiteral("Could not keep the damaged %1 aside").arg(working));
-    // QFile::link makes a symbolic link; the damaged bytes must outlive the rename.
-    if (QFileInfo(stamp).isSymLink()) {
-        QFile::remove(stamp);
-        if (!QFile::copy(working, stamp))
-            CrashLog::log(QStringLiteral("Could not keep the damaged %1 aside").arg(working));
-    }
 }
 
 } // namespace
