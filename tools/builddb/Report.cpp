@@ -130,7 +130,8 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
         pronominal += entry.pronominal;
     }
     out << "verbs: " << entries.verbs.size() << " (" << pronominal << " pronominal)\n"
-        << "forms: " << forms << '\n';
+        << "forms: " << forms << '\n'
+        << "verbs conjugated by rule (derived.tsv): " << sources.derivedVerbs << '\n';
     if (!entries.skippedPronominal.isEmpty())
         out << "pronominal verbs left out (clitics other than -si/-sene): " << entries.skippedPronominal.join(u", ") << '\n';
     if (!entries.unusedBases.isEmpty())

@@ -1,5 +1,7 @@
 #include "Sources.h"
 
+#include "Derivation.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -253,6 +255,9 @@ Sources readSources(const QString &folder)
     Sources sources;
     const QDir dir(folder);
     readForms(dir.filePath(QStringLiteral("forms.tsv")), sources);
+    const QString derived = dir.filePath(QStringLiteral("derived.tsv"));
+    if (QFileInfo::exists(derived))
+        sources.derivedVerbs = addDerivedVerbs(derived, sources);
 
     const QString auxiliaries = dir.filePath(QStringLiteral("auxiliaries.tsv"));
     if (QFileInfo::exists(auxiliaries))
