@@ -189,6 +189,18 @@ void readVerbIds(const QString &path, Sources &sources)
     });
 }
 
+void readRanks(const QString &path, Sources &sources)
+{
+    readTsv(path, [&](const QStringList &cells, int line) {
+        bool isRank = false;
+        const int rank = cells[0].toInt(&isRank);
+        if (!isRank || rank != sources.ranked.size() + 1 || cells.size() < 2 || cells.size() > 3)
+            throw SourceError(QStringLiteral("%1: expected rank %2, italian [, lemma]")
+                                  .arg(sourceLine(path, line)).arg(sources.ranked.size() + 1));
+        sources.ranked << cells[1];
+    });
+}
+
 } // namespace
 
 QStringList variantsOf(const QString &cell)
@@ -272,6 +284,10 @@ Sources readSources(const QString &folder)
         sources.notes << QStringLiteral("pronominal.tsv is absent: no pronominal verbs");
 
     readTranslations(dir.filePath(QStringLiteral("translations")), sources);
+
+    const QString ranks = dir.filePath(QStringLiteral("frequency.tsv"));
+    if (QFileInfo::exists(ranks))
+        readRanks(ranks, sources);
 
     const QString ids = dir.filePath(QStringLiteral("verb-ids.tsv"));
     if (QFileInfo::exists(ids))

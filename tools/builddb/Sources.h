@@ -75,6 +75,7 @@ struct Sources
     QHash<QString, qint64> verbIds; // verb-ids.tsv
     QSet<QString> leftOut;          // package entries forms.tsv leaves out on purpose
     int derivedVerbs = 0;           // verbs of derived.tsv, conjugated by rule
+    QStringList ranked;             // frequency.tsv: the most frequent genuine verbs, in rank order
     QStringList notes; // absent optional sources, said in the report
 };
 
