@@ -65,8 +65,8 @@ const std::array<Clitics, 6> clusters = {{
      false, Clitics::Own},
 }};
 
-// The cluster an infinitive ends in after its base's stem (alzar-si, smetter-la), or
-// none. The longer endings come first: "sela" before "la", "cela" before "la".
+// The cluster an infinitive ends in after its base's stem (alzar-si, smetter-la,
+// cavar-sela), or none: the shapes the builder does not know are reported, not guessed.
 const Clitics *clusterOf(const QString &infinitive, const QString &stem)
 {
     if (!infinitive.startsWith(stem))
