@@ -33,6 +33,9 @@ struct MasterVerb
     QList<Form> forms; // by conj_order
 
     bool isPronominal() const { return italian.endsWith(QLatin1String("si")) || italian.endsWith(QLatin1String("sene")); }
+    // Any clitic on the infinitive: the pronominal verbs and those with ci, la, ce la,
+    // se la (metterci, smetterla, farcela, cavarsela). Every plain infinitive ends in -re.
+    bool hasClitic() const { return !italian.endsWith(QLatin1String("re")); }
     QList<Form> ofType(int type) const
     {
         QList<Form> result;

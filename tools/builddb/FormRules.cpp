@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -162,29 +163,31 @@ public:
     {
         QSet<QString> verbs;
         for (const DefectiveRule &rule : m_rules.defective) {
-            VerbForms &forms = verbOf(m_sources, rule.verb, rule.where);
+            if (isPronominalOnly(rule.verb))
+                continue; // applyPronominalDefective, once the base is final
+            removeCells(rule, verbOf(m_sources, rule.verb, rule.where));
             verbs.insert(rule.verb);
-            auto remove = [&](QString &cell) { m_report.defective.cells += setCell(cell, QString()); };
-            if (rule.tense == QLatin1String("finite")) {
-                for (const Tense tense : finiteTenses) {
-                    for (int person = 1; person <= 6; ++person) {
-                        if (!rule.keep.contains(person))
-                            remove(forms.tenses[tense][person - 1]);
-                    }
-                }
-                for (int i = 0; i < 3; ++i) {
-                    if (!rule.keep.contains(imperativePersons[i]))
-                        remove(forms.tenses[Imperative][i]);
-                }
-                continue;
-            }
-            QStringList &cells = forms.tenses[tenseFromTag(rule.tense)];
-            for (int slot = 1; slot <= cells.size(); ++slot) {
-                if (!rule.keep.contains(slot))
-                    remove(cells[slot - 1]);
-            }
         }
         m_report.defective.verbs = int(verbs.size());
+    }
+
+    // A pronominal verb lacking forms its base has (volerci: third persons only) gets
+    // its own copy of the base's forms with the gaps, after applyFamilies.
+    void applyPronominalDefective()
+    {
+        QHash<QString, QString> baseOf;
+        for (const PronominalVerb &verb : m_sources.pronominal)
+            baseOf.insert(verb.infinitive, verb.base);
+        for (const DefectiveRule &rule : m_rules.defective) {
+            if (!isPronominalOnly(rule.verb))
+                continue;
+            auto own = m_sources.pronominalForms.find(rule.verb);
+            if (own == m_sources.pronominalForms.end()) {
+                own = m_sources.pronominalForms.emplace(rule.verb, verbOf(m_sources, baseOf[rule.verb], rule.where)).first;
+                ++m_report.defective.verbs;
+            }
+            removeCells(rule, own->second);
+        }
     }
 
     void applyFamilies()
@@ -218,6 +221,36 @@ public:
     }
 
 private:
+    bool isPronominalOnly(const QString &verb) const
+    {
+        return !m_sources.forms.count(verb)
+                && std::any_of(m_sources.pronominal.cbegin(), m_sources.pronominal.cend(),
+                               [&](const PronominalVerb &p) { return p.infinitive == verb; });
+    }
+
+    void removeCells(const DefectiveRule &rule, VerbForms &forms)
+    {
+        auto remove = [&](QString &cell) { m_report.defective.cells += setCell(cell, QString()); };
+        if (rule.tense == QLatin1String("finite")) {
+            for (const Tense tense : finiteTenses) {
+                for (int person = 1; person <= 6; ++person) {
+                    if (!rule.keep.contains(person))
+                        remove(forms.tenses[tense][person - 1]);
+                }
+            }
+            for (int i = 0; i < 3; ++i) {
+                if (!rule.keep.contains(imperativePersons[i]))
+                    remove(forms.tenses[Imperative][i]);
+            }
+            return;
+        }
+        QStringList &cells = forms.tenses[tenseFromTag(rule.tense)];
+        for (int slot = 1; slot <= cells.size(); ++slot) {
+            if (!rule.keep.contains(slot))
+                remove(cells[slot - 1]);
+        }
+    }
+
     // Every verb ending like a family (and in no longer family ending) is listed in it.
     void checkFamilyMembers()
     {
@@ -276,5 +309,6 @@ RuleReport applyFormRules(const FormRules &rules, Sources &sources)
     set.applyIsc();
     set.applyDefective();
     set.applyFamilies();
+    set.applyPronominalDefective();
     return report;
 }

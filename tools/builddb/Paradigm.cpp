@@ -13,20 +13,83 @@ namespace {
 // Person slots 1..6 are pronoun ids 1..6; arrays below are indexed by slot - 1.
 struct Clitics
 {
+    QString ending;                    // what the clitic adds to the infinitive's stem
     std::array<QString, 6> proclitic; // before a finite form
     QString suffix;                   // after the gerund
     std::array<QString, 3> imperative; // after the tu, noi, voi imperative
+    // la is the object the participle agrees with (me la sono cavata, l'ho smessa),
+    // whoever the subject is.
+    bool agreesWithLa = false;
+    // Reflexive clusters take essere; la alone is an object and takes avere (l'ho
+    // smessa, ce l'ho fatta); ci keeps the auxiliary of the verb's meaning (ci ho messo,
+    // ci è voluto).
+    enum Takes { Essere, Avere, Own } takes = Essere;
 };
 
-const Clitics reflexive{{QStringLiteral("mi"), QStringLiteral("ti"), QStringLiteral("si"),
-                         QStringLiteral("ci"), QStringLiteral("vi"), QStringLiteral("si")},
-                        QStringLiteral("si"),
-                        {QStringLiteral("ti"), QStringLiteral("ci"), QStringLiteral("vi")}};
-// andarsene: "ne" turns the reflexive clitic into me/te/se/ce/ve.
-const Clitics reflexiveNe{{QStringLiteral("me ne"), QStringLiteral("te ne"), QStringLiteral("se ne"),
-                           QStringLiteral("ce ne"), QStringLiteral("ve ne"), QStringLiteral("se ne")},
-                          QStringLiteral("sene"),
-                          {QStringLiteral("tene"), QStringLiteral("cene"), QStringLiteral("vene")}};
+// mi alzo; "ne" turns the reflexive clitic into me/te/se/ce/ve (me ne vado), and so
+// does "la" (me la cavo); ci and la alone stay the same in every person.
+const std::array<Clitics, 6> clusters = {{
+    {QStringLiteral("si"),
+     {QStringLiteral("mi"), QStringLiteral("ti"), QStringLiteral("si"), QStringLiteral("ci"), QStringLiteral("vi"),
+      QStringLiteral("si")},
+     QStringLiteral("si"),
+     {QStringLiteral("ti"), QStringLiteral("ci"), QStringLiteral("vi")}},
+    {QStringLiteral("sene"),
+     {QStringLiteral("me ne"), QStringLiteral("te ne"), QStringLiteral("se ne"), QStringLiteral("ce ne"),
+      QStringLiteral("ve ne"), QStringLiteral("se ne")},
+     QStringLiteral("sene"),
+     {QStringLiteral("tene"), QStringLiteral("cene"), QStringLiteral("vene")}},
+    {QStringLiteral("sela"),
+     {QStringLiteral("me la"), QStringLiteral("te la"), QStringLiteral("se la"), QStringLiteral("ce la"),
+      QStringLiteral("ve la"), QStringLiteral("se la")},
+     QStringLiteral("sela"),
+     {QStringLiteral("tela"), QStringLiteral("cela"), QStringLiteral("vela")},
+     true},
+    {QStringLiteral("cela"),
+     {QStringLiteral("ce la"), QStringLiteral("ce la"), QStringLiteral("ce la"), QStringLiteral("ce la"),
+      QStringLiteral("ce la"), QStringLiteral("ce la")},
+     QStringLiteral("cela"),
+     {QStringLiteral("cela"), QStringLiteral("cela"), QStringLiteral("cela")},
+     true, Clitics::Avere},
+    {QStringLiteral("la"),
+     {QStringLiteral("la"), QStringLiteral("la"), QStringLiteral("la"), QStringLiteral("la"), QStringLiteral("la"),
+      QStringLiteral("la")},
+     QStringLiteral("la"),
+     {QStringLiteral("la"), QStringLiteral("la"), QStringLiteral("la")},
+     true, Clitics::Avere},
+    {QStringLiteral("ci"),
+     {QStringLiteral("ci"), QStringLiteral("ci"), QStringLiteral("ci"), QStringLiteral("ci"), QStringLiteral("ci"),
+      QStringLiteral("ci")},
+     QStringLiteral("ci"),
+     {QStringLiteral("ci"), QStringLiteral("ci"), QStringLiteral("ci")},
+     false, Clitics::Own},
+}};
+
+// The cluster an infinitive ends in after its base's stem (alzar-si, smetter-la,
+// cavar-sela), or none: the shapes the builder does not know are reported, not guessed.
+const Clitics *clusterOf(const QString &infinitive, const QString &stem)
+{
+    if (!infinitive.startsWith(stem))
+        return nullptr;
+    const QString ending = infinitive.mid(stem.size());
+    for (const Clitics &cluster : clusters) {
+        if (ending == cluster.ending)
+            return &cluster;
+    }
+    return nullptr;
+}
+
+// Standard spelling elides la before a vowel or h (l'ho, se l'è cavata, me l'aspettavo)
+// and ci before e and i (c'entra, c'è voluto); ne only before essere (se n'è andato).
+QString joinProclitic(const Clitics &cluster, const QString &clitic, const QString &form, bool compoundWithEssere)
+{
+    const QChar first = form.front();
+    const bool vowel = QStringLiteral("aeiouàèéìòù").contains(first);
+    const bool elide = (cluster.agreesWithLa && (vowel || first == u'h'))
+            || (cluster.ending == QLatin1String("ci") && QStringLiteral("eèéiì").contains(first))
+            || (clitic.endsWith(QLatin1String(" ne")) && vowel && compoundWithEssere);
+    return elide ? clitic.chopped(1) + u'\'' + form : clitic + u' ' + form;
+}
 
 struct CompoundTense
 {
@@ -121,12 +184,14 @@ private:
         return eachVariant(form, [&](const QString &variant) { return variant + m_clitics->suffix; });
     }
 
-    QString finite(const QString &form, int person) const
+    QString finite(const QString &form, int person, bool compoundWithEssere = false) const
     {
         if (form.isEmpty() || !m_clitics)
             return form;
         const QString &clitic = m_clitics->proclitic[person - 1];
-        return eachVariant(form, [&](const QString &variant) { return clitic + u' ' + variant; });
+        return eachVariant(form, [&](const QString &variant) {
+            return joinProclitic(*m_clitics, clitic, variant, compoundWithEssere);
+        });
     }
 
     // The compound tenses are built on the first of two standard participles (ho visto).
@@ -136,16 +201,16 @@ private:
         for (const QString &cell : m_forms.tenses[PastParticiple])
             participle << firstVariant(cell);
         QString agreed = participle[0];
-        if (m_essere)
+        if (m_clitics && m_clitics->agreesWithLa)
+            agreed = participle[1];
+        else if (m_essere)
             agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
         const QString auxiliary = firstVariant(m_aux.tenses[auxiliaryTense][person - 1]);
         const QString clitic = m_clitics ? m_clitics->proclitic[person - 1] : QString();
         // Written Italian elides ne before the vowel of essere: se n'è andato, me n'ero andato.
-        if (clitic.endsWith(QLatin1String(" ne")) && startsWithVowel(auxiliary)) {
+        if (m_essere && clitic.endsWith(QLatin1String(" ne")) && startsWithVowel(auxiliary))
             ++m_tally.elisions;
-            return clitic.chopped(1) + u'\'' + auxiliary + u' ' + agreed;
-        }
-        return finite(auxiliary + u' ' + agreed, person);
+        return finite(auxiliary + u' ' + agreed, person, m_essere);
     }
 
     static bool startsWithVowel(const QString &word)
@@ -220,14 +285,17 @@ const VerbForms &requireVerb(const Sources &sources, const char *name)
 
 void checkAuxiliaries(const Sources &sources)
 {
+    QSet<QString> pronominal;
+    for (const PronominalVerb &verb : sources.pronominal)
+        pronominal.insert(verb.infinitive);
     QStringList unknown;
     for (auto it = sources.auxiliaries.cbegin(); it != sources.auxiliaries.cend(); ++it) {
-        if (!sources.forms.count(it.key()))
+        if (!sources.forms.count(it.key()) && !pronominal.contains(it.key()))
             unknown << it.key();
     }
     if (!unknown.isEmpty()) {
         unknown.sort();
-        throw SourceError(QStringLiteral("auxiliaries.tsv: not verbs of forms.tsv: %1").arg(unknown.join(u", ")));
+        throw SourceError(QStringLiteral("auxiliaries.tsv: not verbs of forms.tsv or pronominal.tsv: %1").arg(unknown.join(u", ")));
     }
 }
 
@@ -276,11 +344,7 @@ Entries buildEntries(const Sources &sources)
         }
         // The clitic replaces the final -e (alzar-si); -rre verbs drop -re (por-si).
         const QString stem = verb.base.endsWith(QLatin1String("rre")) ? verb.base.chopped(2) : verb.base.chopped(1);
-        const Clitics *clitics = nullptr;
-        if (verb.infinitive == stem + QLatin1String("si"))
-            clitics = &reflexive;
-        else if (verb.infinitive == stem + QLatin1String("sene"))
-            clitics = &reflexiveNe;
+        const Clitics *clitics = clusterOf(verb.infinitive, stem);
         if (!clitics) {
             entries.skippedPronominal << verb.infinitive;
             continue;
@@ -289,7 +353,16 @@ Entries buildEntries(const Sources &sources)
             errors << QStringLiteral("%1: duplicate verb").arg(verb.infinitive);
             continue;
         }
-        VerbBuilder builder(base->second, essere, true, clitics, entries);
+        // A ci verb: its own line of auxiliaries.tsv (volerci: ci è voluto), else the
+        // base verb's (ci sono stato, ci ho pensato).
+        const auto own = sources.auxiliaries.constFind(verb.infinitive);
+        const bool takesEssere = clitics->takes == Clitics::Own
+                ? (own != sources.auxiliaries.cend() ? *own : sources.auxiliaries.value(verb.base, Auxiliary::Avere))
+                        == Auxiliary::Essere
+                : clitics->takes == Clitics::Essere;
+        const auto ownForms = sources.pronominalForms.find(verb.infinitive);
+        const VerbForms &forms = ownForms != sources.pronominalForms.end() ? ownForms->second : base->second;
+        VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, clitics, entries);
         entries.verbs.append({0, verb.infinitive, true, builder.build(verb.infinitive)});
         names.insert(verb.infinitive);
         usedBases.insert(verb.base);

@@ -117,6 +117,29 @@ void printRules(QTextStream &out, const RuleReport &rules, const Entries &entrie
         << QString::number(entries.elisions).rightJustified(5) << " forms\n";
 }
 
+// The verbs of frequency.tsv that the database lacks: a verb in everyday use that a
+// user looks up and does not find.
+void printRankCoverage(QTextStream &out, const Entries &entries, const QStringList &ranked)
+{
+    if (ranked.isEmpty()) {
+        out << "frequency.tsv is absent: top-2,000 coverage skipped\n";
+        return;
+    }
+    QSet<QString> inDatabase;
+    for (const Entry &entry : entries.verbs)
+        inDatabase.insert(entry.italian);
+    QStringList lacking;
+    for (const QString &verb : ranked) {
+        if (!inDatabase.contains(verb))
+            lacking << verb;
+    }
+    out << "top-" << QLocale(QLocale::English).toString(ranked.size()) << " genuine verbs (frequency.tsv) in the database: "
+        << ranked.size() - lacking.size() << " (" << percent(ranked.size() - lacking.size(), ranked.size()) << ')';
+    if (!lacking.isEmpty())
+        out << "; lacking: " << lacking.mid(0, 20).join(u", ") << (lacking.size() > 20 ? ", ..." : "");
+    out << '\n';
+}
+
 } // namespace
 
 void printReport(QTextStream &out, const Entries &entries, const Sources &sources, const RuleReport &rules,
@@ -130,7 +153,8 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
         pronominal += entry.pronominal;
     }
     out << "verbs: " << entries.verbs.size() << " (" << pronominal << " pronominal)\n"
-        << "forms: " << forms << '\n';
+        << "forms: " << forms << '\n'
+        << "verbs conjugated by rule (derived.tsv): " << sources.derivedVerbs << '\n';
     if (!entries.skippedPronominal.isEmpty())
         out << "pronominal verbs left out (clitics other than -si/-sene): " << entries.skippedPronominal.join(u", ") << '\n';
     if (!entries.unusedBases.isEmpty())
@@ -150,6 +174,7 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
         out << "note: " << translations.ignored.size() << " translations of verbs that are no entries are ignored: " << translations.ignored.mid(0, 12).join(u", ")
             << (translations.ignored.size() > 12 ? ", ..." : "") << '\n';
     printRules(out, rules, entries);
+    printRankCoverage(out, entries, sources.ranked);
     printCoverage(out, entries, translations, frequency);
     printSpelling(out, entries);
     const qint64 size = QFileInfo(masterPath).size();

@@ -1,5 +1,7 @@
 #include "Sources.h"
 
+#include "Derivation.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -187,6 +189,18 @@ void readVerbIds(const QString &path, Sources &sources)
     });
 }
 
+void readRanks(const QString &path, Sources &sources)
+{
+    readTsv(path, [&](const QStringList &cells, int line) {
+        bool isRank = false;
+        const int rank = cells[0].toInt(&isRank);
+        if (!isRank || rank != sources.ranked.size() + 1 || cells.size() < 2 || cells.size() > 3)
+            throw SourceError(QStringLiteral("%1: expected rank %2, italian [, lemma]")
+                                  .arg(sourceLine(path, line)).arg(sources.ranked.size() + 1));
+        sources.ranked << cells[1];
+    });
+}
+
 } // namespace
 
 QStringList variantsOf(const QString &cell)
@@ -253,6 +267,9 @@ Sources readSources(const QString &folder)
     Sources sources;
     const QDir dir(folder);
     readForms(dir.filePath(QStringLiteral("forms.tsv")), sources);
+    const QString derived = dir.filePath(QStringLiteral("derived.tsv"));
+    if (QFileInfo::exists(derived))
+        sources.derivedVerbs = addDerivedVerbs(derived, sources);
 
     const QString auxiliaries = dir.filePath(QStringLiteral("auxiliaries.tsv"));
     if (QFileInfo::exists(auxiliaries))
@@ -267,6 +284,10 @@ Sources readSources(const QString &folder)
         sources.notes << QStringLiteral("pronominal.tsv is absent: no pronominal verbs");
 
     readTranslations(dir.filePath(QStringLiteral("translations")), sources);
+
+    const QString ranks = dir.filePath(QStringLiteral("frequency.tsv"));
+    if (QFileInfo::exists(ranks))
+        readRanks(ranks, sources);
 
     const QString ids = dir.filePath(QStringLiteral("verb-ids.tsv"));
     if (QFileInfo::exists(ids))

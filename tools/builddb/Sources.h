@@ -68,9 +68,14 @@ struct Sources
     std::map<QString, VerbForms> forms;
     QHash<QString, Auxiliary> auxiliaries;
     QList<PronominalVerb> pronominal;
+    // Forms of a pronominal verb that lacks some of its base's (volerci has only third
+    // persons, avercela no imperative): the base's, less the gaps of defective.tsv.
+    std::map<QString, VerbForms> pronominalForms;
     QHash<QString, Translation> translations;
     QHash<QString, qint64> verbIds; // verb-ids.tsv
     QSet<QString> leftOut;          // package entries forms.tsv leaves out on purpose
+    int derivedVerbs = 0;           // verbs of derived.tsv, conjugated by rule
+    QStringList ranked;             // frequency.tsv: the most frequent genuine verbs, in rank order
     QStringList notes; // absent optional sources, said in the report
 };
 
