@@ -32,6 +32,10 @@ Control {
         font.letterSpacing: 0.5
         font.pointSize: block.font.pointSize * 0.95
         verticalAlignment: Text.AlignVCenter
+        // A long name with a gloss ("Trapassato remoto (historisches Plusquamperfekt)")
+        // takes two smaller lines rather than running past the block.
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
         fontSizeMode: Text.Fit
         minimumPointSize: 7
         Accessible.role: Accessible.Heading
