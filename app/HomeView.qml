@@ -120,7 +120,10 @@ Page {
     }
 
     // The drawer's destinations, opened once it has closed.
-    NavigationDrawer { id: drawer }
+    NavigationDrawer {
+        id: drawer
+        objectName: "navigationDrawer"
+    }
 
     Connections {
         target: drawer.controller
@@ -135,6 +138,7 @@ Page {
 
     OptionsTableView {
         id: options
+        objectName: "optionsView"
         queue: home.appDelegate ? home.appDelegate.queue : null
         delegate: homeController
     }

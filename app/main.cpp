@@ -15,6 +15,7 @@
 #include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QHash>
 #include <QPointer>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
@@ -43,6 +44,23 @@ bool wantsScreenshot(int argc, char **argv)
             return true;
     }
     return false;
+}
+
+// --show: a screen that opens over the home screen, by the name of the object that shows it.
+bool showOver(QObject *root, const QString &name)
+{
+    static const QHash<QString, QString> screens{{QStringLiteral("settings"), QStringLiteral("optionsView")},
+                                                 {QStringLiteral("menu"), QStringLiteral("navigationDrawer")}};
+    if (!screens.contains(name)) {
+        std::fprintf(stderr, "norvella: --show wants settings or menu\n");
+        return false;
+    }
+    QObject *screen = root->findChild<QObject *>(screens.value(name));
+    if (!screen || !QMetaObject::invokeMethod(screen, "open")) {
+        std::fprintf(stderr, "norvella: the %s screen is missing\n", qPrintable(name));
+        return false;
+    }
+    return true;
 }
 
 // What a screenshot run does before it draws: pick a tab, type a search.
@@ -164,6 +182,10 @@ int main(int argc, char **argv)
     const QCommandLineOption moodOption(QStringLiteral("mood"),
                                         QStringLiteral("With --open: show this mood (ind, sub, con or other)."),
                                         QStringLiteral("mood"));
+    const QCommandLineOption showOption(QStringLiteral("show"),
+                                        QStringLiteral("With --screenshot: open this over the home screen (settings "
+                                                       "or menu)."),
+                                        QStringLiteral("screen"));
     // Timing runs for the benchmark program.
     const QCommandLineOption firstFrameOption(
             QStringLiteral("first-frame"),
@@ -175,7 +197,7 @@ int main(int argc, char **argv)
                            "\"peak-rss <kB> kB\" (VmHWM) and exit."),
             QStringLiteral("count"));
     parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption,
-                       firstFrameOption, browseOption});
+                       showOption, firstFrameOption, browseOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
@@ -264,6 +286,8 @@ int main(int argc, char **argv)
         if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
             return 2;
         if (parser.isSet(openOption) && !openVerb(window, delegate, parser.value(openOption), parser.value(moodOption)))
+            return 2;
+        if (parser.isSet(showOption) && !showOver(window, parser.value(showOption)))
             return 2;
         auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);
         shot->start();

@@ -39,6 +39,8 @@ QVariant ConjugationSectionModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case TitleRole:
         return verbRow ? m_controller.verbRowText() : m_controller.titleForHeaderInSection(section);
+    case HeadingRole:
+        return verbRow ? QString() : m_controller.headingForHeaderInSection(section);
     case SectionRole:
         return section;
     case FormCountRole:
@@ -58,7 +60,7 @@ QHash<int, QByteArray> ConjugationSectionModel::roleNames() const
     return {
         {KindRole, "kind"},       {TitleRole, "title"},         {FormsRole, "forms"},
         {FormCountRole, "formCount"}, {SectionRole, "section"},
-        {EmptyNoteRole, "emptyNote"},
+        {EmptyNoteRole, "emptyNote"}, {HeadingRole, "heading"},
     };
 }
 

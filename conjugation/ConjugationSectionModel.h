@@ -22,6 +22,7 @@ public:
         FormCountRole,
         SectionRole,   // the table section this row shows
         EmptyNoteRole, // for a tense without forms: why it is empty; otherwise ""
+        HeadingRole,   // the title in capitals, as its language writes them
     };
     Q_ENUM(Role)
 

@@ -48,7 +48,11 @@ AbstractButton {
         verticalAlignment: Text.AlignVCenter
         leftPadding: 4
         rightPadding: 4
-        fontSizeMode: Text.HorizontalFit
+        // Two-word names ("Andere Formen", "Overige vormen") take a second line before
+        // they shrink; a long single word shrinks.
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
+        fontSizeMode: Text.Fit
         minimumPointSize: 7
     }
 }

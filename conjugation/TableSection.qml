@@ -9,6 +9,8 @@ Control {
 
     required property string kind
     required property string title
+    // The tense title in capitals; the font's own capitals know no Turkish İ.
+    required property string heading
     required property var forms
     // Set for a tense the verb has no forms in.
     required property string emptyNote
@@ -53,14 +55,14 @@ Control {
             rightPadding: 16
             topPadding: 22
             bottomPadding: 8
-            text: section.isVerbRow ? "" : section.title
+            text: section.isVerbRow ? "" : section.heading
             wrapMode: Text.Wrap
             color: Theme.primary
             font.bold: true
-            font.capitalization: Font.AllUppercase
             font.letterSpacing: 0.5
             font.pointSize: section.font.pointSize * 0.9
             Accessible.role: Accessible.Heading
+            Accessible.name: section.title
         }
 
         Rectangle {

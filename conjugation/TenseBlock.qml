@@ -8,6 +8,7 @@ Control {
     id: block
 
     required property string title
+    required property string heading // the title in capitals, cased by its language
     required property var forms
     required property string emptyNote
 
@@ -25,16 +26,20 @@ Control {
         y: 8
         width: block.width - 24
         height: 28
-        text: block.title
+        text: block.heading
         color: Theme.primary
         font.bold: true
-        font.capitalization: Font.AllUppercase
         font.letterSpacing: 0.5
         font.pointSize: block.font.pointSize * 0.95
         verticalAlignment: Text.AlignVCenter
+        // A long name with a gloss ("Trapassato remoto (historisches Plusquamperfekt)")
+        // takes two smaller lines rather than running past the block.
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
         fontSizeMode: Text.Fit
         minimumPointSize: 7
         Accessible.role: Accessible.Heading
+        Accessible.name: block.title
     }
 
     Column {

@@ -249,6 +249,18 @@ QString VerbDetailTableViewController::titleForHeaderInSection(int section) cons
     return key.isEmpty() ? QString() : Strings::text(key);
 }
 
+QString VerbDetailTableViewController::headingForHeaderInSection(int section) const
+{
+    // A title that is the Italian name, shown as such or kept by the interface language,
+    // takes Italian capitals: no dotted İ in "PASSATO PROSSIMO" on a Turkish screen.
+    const QString key = ConjugationGroups::titleKey(m_selectedSegment, section - 1, false);
+    if (key.isEmpty())
+        return {};
+    const QString title = titleForHeaderInSection(section);
+    const bool italian = title == Strings::text(key + QStringLiteral("_italian"));
+    return Strings::upper(title, italian ? QStringLiteral("it") : Strings::shared().language());
+}
+
 int VerbDetailTableViewController::numberOfItems() const
 {
     return ConjugationGroups::tenseCount(m_selectedSegment);

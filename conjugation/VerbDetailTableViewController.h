@@ -89,6 +89,8 @@ public:
     int numberOfSections() const;
     int numberOfRowsInSection(int section) const;
     QString titleForHeaderInSection(int section) const;
+    // The title in capitals, cased by the language it is written in.
+    QString headingForHeaderInSection(int section) const;
     const ConjugationList *listForSection(int section) const;
     // Grid data source: one block per tense of the selected mood.
     int numberOfItems() const;

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 namespace norvella {
 
@@ -24,23 +25,55 @@ Strings::Strings()
         const QJsonDocument doc = file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll(), &error)
                                                                  : QJsonDocument();
         if (!doc.isObject()) {
-            CrashLog::log(QStringLiteral("Unable to read the string table %1").arg(path));
+            CrashLog::log(QStringLiteral("Unable to read the string table %1: %2")
+                                  .arg(path, error.error != QJsonParseError::NoError ? error.errorString()
+                                                                                     : QStringLiteral("not an object")));
             continue;
         }
         auto &entries = m_tables[language];
         const QJsonObject object = doc.object();
-        for (auto it = object.begin(); it != object.end(); ++it)
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            // A blank or non-text entry would show as nothing; without it the English text shows.
+            if (!it.value().isString() || it.value().toString().isEmpty()) {
+                CrashLog::log(QStringLiteral("String table %1: no text for \"%2\"").arg(path, it.key()));
+                continue;
+            }
             entries.insert(it.key(), it.value().toString());
+        }
     }
     const QStringList preferred = PreferredLanguages::get();
     selectLanguage(preferred);
 }
 
+QStringList Strings::availableLanguages()
+{
+    return {QStringLiteral("en"), QStringLiteral("it"), QStringLiteral("de"), QStringLiteral("fr"),
+            QStringLiteral("es"), QStringLiteral("nl"), QStringLiteral("pt"), QStringLiteral("tr")};
+}
+
+QString Strings::languageFor(const QStringList &preferredLanguages)
+{
+    static const QStringList available = availableLanguages();
+    for (const QString &preferred : preferredLanguages) {
+        const QString language = preferred.section(QRegularExpression(QStringLiteral("[-_.@]")), 0, 0).toLower();
+        if (available.contains(language))
+            return language;
+    }
+    return QStringLiteral("en");
+}
+
 void Strings::selectLanguage(const QStringList &preferredLanguages)
 {
-    m_language = !preferredLanguages.isEmpty() && preferredLanguages.first().startsWith(QLatin1String("it"))
-            ? QStringLiteral("it")
-            : QStringLiteral("en");
+    m_language = languageFor(preferredLanguages);
+}
+
+QString Strings::upper(const QString &text, const QString &language)
+{
+    if (language != QLatin1String("tr"))
+        return text.toUpper();
+    QString dotted = text;
+    dotted.replace(u'i', QChar(0x0130));
+    return dotted.toUpper();
 }
 
 QString Strings::lookup(const QString &key) const

@@ -16,11 +16,16 @@ public:
     static QString text(const QString &key) { return shared().lookup(key); }
 
     QString lookup(const QString &key) const;
-    // "it" when the first preferred language is Italian, otherwise "en".
+    // The first of the preferred languages ("de-AT", "pt_BR", "tr") that has a
+    // table, matched by its language part; English when none has one.
     QString language() const { return m_language; }
     void selectLanguage(const QStringList &preferredLanguages);
+    static QString languageFor(const QStringList &preferredLanguages);
     QStringList keys(const QString &language) const;
-    static QStringList availableLanguages() { return {QStringLiteral("en"), QStringLiteral("it")}; }
+    static QStringList availableLanguages();
+    // Upper case as the chosen language writes it: Turkish dotted i becomes İ.
+    // Qt's own upper-casing of text (and the font's AllUppercase) knows no locale.
+    static QString upper(const QString &text, const QString &language);
 
 private:
     Strings();

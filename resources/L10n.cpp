@@ -9,4 +9,9 @@ QString L10n::text(const QString &key) const
     return Strings::text(key);
 }
 
+QString L10n::upper(const QString &text) const
+{
+    return Strings::upper(text, Strings::shared().language());
+}
+
 } // namespace norvella

@@ -14,6 +14,8 @@ class L10n : public QObject
 public:
     explicit L10n(QObject *parent = nullptr) : QObject(parent) {}
     Q_INVOKABLE QString text(const QString &key) const;
+    // Interface text in capitals, cased by the interface language.
+    Q_INVOKABLE QString upper(const QString &text) const;
 };
 
 } // namespace norvella

@@ -50,12 +50,13 @@ Control {
             anchors.leftMargin: root.sideMargin
             anchors.rightMargin: root.sideMargin
             anchors.bottomMargin: 6
-            text: root.sectionHeader
+            // Capitals by the interface language: the font's own know no Turkish İ.
+            text: L10n.upper(root.sectionHeader)
             color: Theme.secondaryText
             font.pointSize: root.font.pointSize * 0.9
-            font.capitalization: Font.AllUppercase
             wrapMode: Text.WordWrap
             Accessible.role: Accessible.Heading
+            Accessible.name: root.sectionHeader
         }
     }
 

@@ -255,6 +255,36 @@ private slots:
         Strings::shared().selectLanguage({QStringLiteral("en-GB")});
     }
 
+    // Headings are capitals as the language of the title writes them: a Turkish screen dots
+    // its own capital İ, never one of an Italian tense name it keeps or shows.
+    void headingsTakeTheirLanguagesCapitals()
+    {
+        auto &screen = show(ConjugationFixture::andare());
+        const auto headings = [&](int segment) {
+            screen.selectVerbTypes(segment);
+            QStringList out;
+            for (int row = 1; row < screen.tableModel()->rowCount(); ++row)
+                out << data(screen.tableModel(), row, ConjugationSectionModel::HeadingRole).toString();
+            return out;
+        };
+        Strings::shared().selectLanguage({QStringLiteral("tr-TR")});
+        m_fixture->settings->setBool(SettingsKeys::ShowTranslated, false);
+        screen.refreshConjugations();
+        QCOMPARE(headings(0).mid(0, 2), (QStringList{QStringLiteral("ŞİMDİKİ ZAMAN"), QStringLiteral("PASSATO PROSSIMO")}));
+        QCOMPARE(headings(3).last(), QStringLiteral("ULAÇ"));
+        m_fixture->settings->setBool(SettingsKeys::ShowTranslated, true);
+        screen.refreshConjugations();
+        QCOMPARE(headings(3), (QStringList{QStringLiteral("IMPERATIVO"), QStringLiteral("PARTICIPIO PRESENTE"),
+                                           QStringLiteral("PARTICIPIO PASSATO"), QStringLiteral("GERUNDIO")}));
+        QCOMPARE(data(screen.tableModel(), 0, ConjugationSectionModel::HeadingRole).toString(), QString());
+
+        Strings::shared().selectLanguage({QStringLiteral("de-DE")});
+        m_fixture->settings->setBool(SettingsKeys::ShowTranslated, false);
+        screen.refreshConjugations();
+        QCOMPARE(headings(0).first(), QStringLiteral("PRÄSENS"));
+        Strings::shared().selectLanguage({QStringLiteral("en-GB")});
+    }
+
     // The screen opens and the view counts whatever fails; the lists keep what they held.
     void failuresAreLoggedAndTheScreenStillOpens_data()
     {

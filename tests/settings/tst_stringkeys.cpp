@@ -2,12 +2,18 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <cstdio>
 
 using namespace norvella;
 
-// Every string key the code uses must be in both tables. A key is found as the literal of a
+// Every string key the code uses must be in every table. A key is found as the literal of a
 // lookup (Strings::text, L10n.text, textOr), as a dotted literal under a key family anywhere
 // ("tabs.list", "tense.ind.presente"), as a tense title with "_italian" appended at run time,
 // or as a one-word key beside an icon name in the drawer's rows. Any other key composed at
@@ -72,7 +78,7 @@ private slots:
         }
     }
 
-    void everyKeyUsedIsInBothTables()
+    void everyKeyUsedIsInEveryTable()
     {
         // The scan still sees every kind of use.
         QCOMPARE(m_folders.size(), 7);
@@ -111,7 +117,7 @@ private slots:
                          qPrintable(language + ' ' + key));
             }
         }
-        // Tense names in Italian read the same in both tables; the Italian one uses them for its plain names.
+        // Tense names in Italian read the same in every table; the Italian one uses them for its plain names.
         int titles = 0;
         for (const QString &key : Strings::shared().keys("en")) {
             if (!key.endsWith(QLatin1String("_italian")))
@@ -119,13 +125,144 @@ private slots:
             ++titles;
             Strings::shared().selectLanguage({"en"});
             const QString inEnglishTable = Strings::text(key);
+            for (const QString &language : Strings::availableLanguages()) {
+                Strings::shared().selectLanguage({language});
+                QVERIFY2(Strings::text(key) == inEnglishTable, qPrintable(language + ' ' + key));
+            }
             Strings::shared().selectLanguage({"it"});
-            QVERIFY2(Strings::text(key) == inEnglishTable && Strings::text(key.chopped(8)) == inEnglishTable, qPrintable(key));
+            QVERIFY2(Strings::text(key.chopped(8)) == inEnglishTable, qPrintable(key));
         }
         QCOMPARE(titles, 18);
         QCOMPARE(Strings::text("tense.ind.passatoprossimo"), QStringLiteral("Passato prossimo"));
         Strings::shared().selectLanguage({"en"});
         QCOMPARE(Strings::text("tense.ind.passatoprossimo"), QStringLiteral("Present Perfect"));
+    }
+
+    // Every table is a translation of the English one: the same keys, each with text and
+    // with the placeholders its English text has, and no key given twice.
+    void everyTableMatchesTheEnglishOne()
+    {
+        static const QRegularExpression placeholder(QStringLiteral("%\\d+|\\{\\w+\\}"));
+        static const QRegularExpression entry(QStringLiteral("^\\s*\"(?:[^\"\\\\]|\\\\.)*\"\\s*:"),
+                                              QRegularExpression::MultilineOption);
+        const auto placeholders = [](const QString &text) {
+            QStringList found;
+            for (auto m = placeholder.globalMatch(text); m.hasNext();)
+                found << m.next().captured();
+            found.sort();
+            return found;
+        };
+        const auto read = [](const QString &language, QString *raw) {
+            QFile file(QStringLiteral(":/norvella/strings/%1.json").arg(language));
+            if (!file.open(QIODevice::ReadOnly))
+                return QJsonObject();
+            const QByteArray bytes = file.readAll();
+            *raw = QString::fromUtf8(bytes);
+            QJsonParseError error{};
+            const QJsonDocument doc = QJsonDocument::fromJson(bytes, &error);
+            return error.error == QJsonParseError::NoError ? doc.object() : QJsonObject();
+        };
+
+        QString raw;
+        const QJsonObject english = read("en", &raw);
+        QVERIFY(english.size() > 100);
+        QCOMPARE(Strings::availableLanguages().size(), 8);
+        QStringList problems;
+        for (const QString &language : Strings::availableLanguages()) {
+            const QJsonObject table = read(language, &raw);
+            if (table.isEmpty()) {
+                problems << language + QStringLiteral(": missing or not valid JSON");
+                continue;
+            }
+            if (raw.count(entry) != table.size())
+                problems << language + QStringLiteral(": a key is given twice");
+            for (auto it = english.begin(); it != english.end(); ++it) {
+                if (!table.contains(it.key()))
+                    problems << language + QStringLiteral(": no ") + it.key();
+            }
+            for (auto it = table.begin(); it != table.end(); ++it) {
+                const QString where = language + u' ' + it.key();
+                if (!english.contains(it.key()))
+                    problems << where + QStringLiteral(": not in English");
+                else if (!it.value().isString() || it.value().toString().trimmed().isEmpty())
+                    problems << where + QStringLiteral(": no text");
+                else if (placeholders(it.value().toString()) != placeholders(english.value(it.key()).toString()))
+                    problems << where + QStringLiteral(": placeholders differ from English");
+            }
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
+    }
+
+    // The interface speaks the first preferred language it has a table for.
+    void languageComesFromThePreferredOnes_data()
+    {
+        QTest::addColumn<QStringList>("preferred");
+        QTest::addColumn<QString>("language");
+        QTest::newRow("first has a table") << QStringList{"de-DE", "en-US"} << "de";
+        QTest::newRow("first has none") << QStringList{"ja-JP", "zh-Hans-CN", "pt-BR", "fr"} << "pt";
+        QTest::newRow("English before others") << QStringList{"en-GB", "it-IT"} << "en";
+        QTest::newRow("regional variants") << QStringList{"nl-BE"} << "nl";
+        QTest::newRow("Latin American Spanish") << QStringList{"es-419"} << "es";
+        QTest::newRow("POSIX form") << QStringList{"tr_TR.UTF-8"} << "tr";
+        QTest::newRow("upper case") << QStringList{"FR-ca"} << "fr";
+        QTest::newRow("none has a table") << QStringList{"ja", "ko-KR"} << "en";
+        QTest::newRow("C locale") << QStringList{"C"} << "en";
+        QTest::newRow("nothing preferred") << QStringList{} << "en";
+        QTest::newRow("a longer code sharing a prefix") << QStringList{"ita", "esu", "de"} << "de";
+    }
+
+    void languageComesFromThePreferredOnes()
+    {
+        QFETCH(QStringList, preferred);
+        QFETCH(QString, language);
+        QCOMPARE(Strings::languageFor(preferred), language);
+        Strings::shared().selectLanguage(preferred);
+        QCOMPARE(Strings::shared().language(), language);
+        Strings::shared().selectLanguage({"en"});
+    }
+
+    // The same choice from the system's settings as a started app sees them.
+    void languageComesFromTheEnvironment_data()
+    {
+        QTest::addColumn<QStringList>("environment");
+        QTest::addColumn<QString>("language");
+        QTest::newRow("LANGUAGE list") << QStringList{"LANGUAGE=ja:tr:de", "LANG=en_US.UTF-8"} << "tr";
+        QTest::newRow("LANGUAGE before LANG") << QStringList{"LANGUAGE=nl", "LANG=fr_FR.UTF-8"} << "nl";
+        QTest::newRow("LC_ALL before LANG") << QStringList{"LC_ALL=pt_BR.UTF-8", "LANG=de_DE.UTF-8"} << "pt";
+        QTest::newRow("LANG alone") << QStringList{"LANG=es_ES.UTF-8"} << "es";
+        QTest::newRow("no table for it") << QStringList{"LANG=ja_JP.UTF-8"} << "en";
+        QTest::newRow("C") << QStringList{"LANG=C"} << "en";
+    }
+
+    void languageComesFromTheEnvironment()
+    {
+        QFETCH(QStringList, environment);
+        QFETCH(QString, language);
+        QTemporaryDir home;
+        QVERIFY(home.isValid());
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+            env.remove(QString::fromLatin1(name));
+        for (const char *folder : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) {
+            QDir(home.path()).mkpath(QString::fromLatin1(folder));
+            env.insert(QString::fromLatin1(folder), home.filePath(QString::fromLatin1(folder)));
+        }
+        for (const QString &setting : environment)
+            env.insert(setting.section(u'=', 0, 0), setting.section(u'=', 1));
+        QProcess child;
+        child.setProcessEnvironment(env);
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--print-ui-language")});
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), language);
+    }
+
+    void capitalsFollowTheLanguage()
+    {
+        QCOMPARE(Strings::upper(QStringLiteral("Şimdiki zaman"), "tr"), QStringLiteral("ŞİMDİKİ ZAMAN"));
+        QCOMPARE(Strings::upper(QStringLiteral("Dilek kipi ılık"), "tr"), QStringLiteral("DİLEK KİPİ ILIK"));
+        QCOMPARE(Strings::upper(QStringLiteral("Participio presente"), "it"), QStringLiteral("PARTICIPIO PRESENTE"));
+        QCOMPARE(Strings::upper(QStringLiteral("Präsens"), "de"), QStringLiteral("PRÄSENS"));
     }
 
 private:
@@ -135,5 +272,16 @@ private:
     QSet<QString> m_folders;
 };
 
-QTEST_GUILESS_MAIN(StringKeysTest)
+// Started again by languageComesFromTheEnvironment: the language a starting app picks.
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (app.arguments().contains(QStringLiteral("--print-ui-language"))) {
+        std::printf("%s\n", qPrintable(Strings::shared().language()));
+        return 0;
+    }
+    StringKeysTest test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_stringkeys.moc"
