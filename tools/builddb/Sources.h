@@ -66,7 +66,8 @@ struct Translation
 struct Sources
 {
     std::map<QString, VerbForms> forms;
-    QHash<QString, Auxiliary> auxiliaries;
+    QHash<QString, Auxiliary> auxiliaries;      // the one shown first
+    QHash<QString, Auxiliary> otherAuxiliaries; // the second of a verb that takes both
     QList<PronominalVerb> pronominal;
     QHash<QString, Translation> translations;
     QHash<QString, qint64> verbIds; // verb-ids.tsv
@@ -92,3 +93,6 @@ void readTsv(const QString &path, const std::function<void(const QStringList &, 
 QString sourceLine(const QString &path, int line);
 // A single word form as the sources spell it (lower case, accents, apostrophe).
 bool isWordForm(const QString &form);
+// The infinitive a verb key stands for: "ripartire²", the second of two homographs, is
+// spelled "ripartire".
+QString infinitiveOf(const QString &key);
