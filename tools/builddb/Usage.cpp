@@ -198,6 +198,9 @@ void applyUsage(const UsageRules &rules, const FormRules &formRules, const Sourc
                             + QStringLiteral("' is not a verb with essere/avere or avere/essere in auxiliaries.tsv");
             continue;
         }
+        // A defective verb without a participle (convergere) has no compound tense to explain.
+        if (std::none_of(entry->rows.cbegin(), entry->rows.cend(), [](const FormRow &row) { return isCompound(row.type); }))
+            continue;
         entry->usage.auxiliaryNote = it->kind;
         entry->usage.auxiliaryExamples = it->examples;
         ++report.bothAuxiliaries;
