@@ -22,6 +22,7 @@ public:
         FormCountRole,
         SectionRole,   // the table section this row shows
         EmptyNoteRole, // for a tense without forms: why it is empty; otherwise ""
+        NotesRole,     // for the verb row: how the verb is used, one note per line
     };
     Q_ENUM(Role)
 

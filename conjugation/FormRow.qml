@@ -60,6 +60,10 @@ Control {
 
         PlayButton {
             id: play
+            // A dash keeps the column, so the forms stay lined up.
+            opacity: row.item && row.item.placeholder ? 0 : 1
+            enabled: opacity > 0
+            Accessible.ignored: !enabled
             speaking: row.speaking
             Accessible.name: row.item ? (row.speaking ? row.item.stopName : row.item.playName) : ""
             onClicked: {
