@@ -15,7 +15,7 @@ ConjugationFormItem::ConjugationFormItem(VerbDetailTableViewController *controll
 {
     connect(controller, &VerbDetailTableViewController::speakingKeyChanged, this,
             &ConjugationFormItem::updateSpeaking);
-    m_speaking = controller->speakingKey() == m_key;
+    m_speaking = !m_key.isEmpty() && controller->speakingKey() == m_key;
 }
 
 QString ConjugationFormItem::playName() const
@@ -32,13 +32,13 @@ QString ConjugationFormItem::stopName() const
 
 void ConjugationFormItem::toggleSpeech(QObject *progressView)
 {
-    if (m_controller)
+    if (m_controller && !isPlaceholder())
         m_controller->toggleSpeech(m_key, progressView);
 }
 
 void ConjugationFormItem::updateSpeaking()
 {
-    const bool speaking = m_controller && m_controller->speakingKey() == m_key;
+    const bool speaking = m_controller && !isPlaceholder() && m_controller->speakingKey() == m_key;
     if (speaking == m_speaking)
         return;
     m_speaking = speaking;

@@ -18,6 +18,8 @@ class ConjugationFormItem : public QObject
     Q_PROPERTY(QString key READ key CONSTANT)
     Q_PROPERTY(QString pronoun READ pronoun CONSTANT)
     Q_PROPERTY(QString form READ form CONSTANT)
+    // A dash for a person the verb is not used in: nothing to play.
+    Q_PROPERTY(bool placeholder READ isPlaceholder CONSTANT)
     Q_PROPERTY(QString playName READ playName CONSTANT)
     Q_PROPERTY(QString stopName READ stopName CONSTANT)
     Q_PROPERTY(bool speaking READ isSpeaking NOTIFY speakingChanged)
@@ -28,6 +30,7 @@ public:
     const QString &key() const { return m_key; }
     const QString &pronoun() const { return m_pronoun; }
     const QString &form() const { return m_form; }
+    bool isPlaceholder() const { return m_key.isEmpty(); }
     QString playName() const;
     QString stopName() const;
     bool isSpeaking() const { return m_speaking; }

@@ -9,6 +9,7 @@ Flickable {
 
     property alias model: blocks.model
     property string heading
+    property string notes
 
     readonly property int blockSize: 300
     readonly property int spacing: 20
@@ -39,6 +40,11 @@ Flickable {
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.Heading
             }
+        }
+
+        UsageNotes {
+            width: content.width
+            text: area.notes
         }
 
         Grid {

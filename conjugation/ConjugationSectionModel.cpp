@@ -3,6 +3,7 @@
 #include "ConjugationFormItem.h"
 #include "ConjugationGroups.h"
 #include "VerbDetailTableViewController.h"
+#include "VerbUsage.h"
 
 namespace norvella {
 
@@ -49,7 +50,9 @@ QVariant ConjugationSectionModel::data(const QModelIndex &index, int role) const
         return m_forms.value(index.row());
     case EmptyNoteRole:
         // A tense the verb does not have says so instead of showing a blank block.
-        return verbRow || !m_forms.value(index.row()).isEmpty() ? QString() : m_controller.noFormsNote();
+        return verbRow || !m_forms.value(index.row()).isEmpty() ? QString() : m_controller.noFormsNote(section);
+    case NotesRole:
+        return verbRow ? m_controller.usageNotes() : QString();
     default:
         return {};
     }
@@ -60,7 +63,7 @@ QHash<int, QByteArray> ConjugationSectionModel::roleNames() const
     return {
         {KindRole, "kind"},       {TitleRole, "title"},         {FormsRole, "forms"},
         {FormCountRole, "formCount"}, {SectionRole, "section"},
-        {EmptyNoteRole, "emptyNote"}, {HeadingRole, "heading"},
+        {EmptyNoteRole, "emptyNote"}, {HeadingRole, "heading"}, {NotesRole, "notes"},
     };
 }
 
@@ -70,16 +73,18 @@ QVariantList ConjugationSectionModel::buildForms(int section)
     const ConjugationList *list = section == 0 ? nullptr : m_controller.listForSection(section);
     if (!list)
         return forms;
-    int count = int(list->size());
-    if (m_presentation == Presentation::Grid)
-        count = std::min(count, GridRowsPerBlock);
     const auto *tense = ConjugationGroups::tense(m_controller.selectedSegment(), section - 1);
-    const bool che = tense && takesChe(QLatin1String(tense->typeId));
-    for (int row = 0; row < count; ++row) {
-        const Conjugation &form = list->at(row);
-        auto *item = new ConjugationFormItem(
-                &m_controller, VerbDetailTableViewController::keyFor(m_controller.selectedSegment(), section, row),
-                che ? withChe(form.pronoun) : form.pronoun, form.verb, m_itemOwner);
+    const QString typeId = tense ? QLatin1String(tense->typeId) : QString();
+    const bool che = takesChe(typeId);
+    QList<VerbUsageNotes::Row> rows = VerbUsageNotes::rows(*m_controller.selectedVerb(), typeId, *list);
+    if (m_presentation == Presentation::Grid)
+        rows = rows.mid(0, GridRowsPerBlock);
+    for (const VerbUsageNotes::Row &row : std::as_const(rows)) {
+        // A speech key names the form's place in its list; a dash has none.
+        const QString key = row.index < 0 ? QString()
+                : VerbDetailTableViewController::keyFor(m_controller.selectedSegment(), section, row.index);
+        auto *item = new ConjugationFormItem(&m_controller, key, che ? withChe(row.pronoun) : row.pronoun, row.form,
+                                             m_itemOwner);
         forms.append(QVariant::fromValue<QObject *>(item));
     }
     return forms;

@@ -23,6 +23,7 @@ public:
         SectionRole,   // the table section this row shows
         EmptyNoteRole, // for a tense without forms: why it is empty; otherwise ""
         HeadingRole,   // the title in capitals, as its language writes them
+        NotesRole,     // for the verb row: how the verb is used, one note per line
     };
     Q_ENUM(Role)
 

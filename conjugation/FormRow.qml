@@ -15,8 +15,12 @@ Control {
     property bool separatorVisible: false
     readonly property bool speaking: item !== null && item.speaking
 
+    readonly property bool placeholder: item !== null && item.placeholder
+
+    // A dash has nothing to tap, so in the table it needs no touch-sized row.
     implicitHeight: compact ? Theme.minimumTouchTarget
-                            : Math.max(Theme.minimumTouchTarget + 8, layout.implicitHeight + 12)
+                            : placeholder ? layout.implicitHeight + 14
+                                          : Math.max(Theme.minimumTouchTarget + 8, layout.implicitHeight + 12)
 
     FontMetrics {
         id: metrics
@@ -50,7 +54,7 @@ Control {
             Layout.fillWidth: true
             Layout.fillHeight: row.compact
             text: row.item ? row.item.form : ""
-            color: Theme.text
+            color: row.placeholder ? Theme.secondaryText : Theme.text
             font.weight: Font.Medium
             wrapMode: Text.Wrap
             verticalAlignment: Text.AlignVCenter
@@ -60,6 +64,11 @@ Control {
 
         PlayButton {
             id: play
+            // A dash keeps the column, so the forms stay lined up.
+            opacity: row.placeholder ? 0 : 1
+            visible: !row.placeholder || row.compact
+            enabled: opacity > 0
+            Accessible.ignored: !enabled
             speaking: row.speaking
             Accessible.name: row.item ? (row.speaking ? row.item.stopName : row.item.playName) : ""
             onClicked: {

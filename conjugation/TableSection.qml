@@ -14,6 +14,8 @@ Control {
     required property var forms
     // Set for a tense the verb has no forms in.
     required property string emptyNote
+    // On the verb row: how the verb is used, one note per line.
+    required property string notes
 
     readonly property bool isVerbRow: kind === "verb"
 
@@ -26,18 +28,29 @@ Control {
         Rectangle {
             visible: section.isVerbRow
             width: column.width
-            height: verbLabel.implicitHeight
+            height: verbLabel.implicitHeight + (notesLabel.visible ? notesLabel.implicitHeight : 0)
             color: Theme.background
 
             Label {
                 id: verbLabel
                 width: parent.width
                 padding: 16
+                bottomPadding: notesLabel.visible ? 4 : 16
                 text: section.isVerbRow ? section.title : ""
                 wrapMode: Text.Wrap
                 color: Theme.text
                 font.pointSize: section.font.pointSize * 1.3
                 font.weight: Font.DemiBold
+            }
+
+            UsageNotes {
+                id: notesLabel
+                anchors.top: verbLabel.bottom
+                width: parent.width
+                leftPadding: 16
+                rightPadding: 16
+                bottomPadding: 14
+                text: section.isVerbRow ? section.notes : ""
             }
 
             Rectangle {

@@ -82,6 +82,7 @@ Page {
             visible: controller.hasVerb && screen.regularWidth
             model: controller.gridModel
             heading: controller.verbRowText
+            notes: controller.usageNotes
         }
     }
 

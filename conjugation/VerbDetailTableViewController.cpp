@@ -9,6 +9,7 @@
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbRef.h"
+#include "VerbUsage.h"
 #include "VerbViewBookkeeping.h"
 
 #include <QCoreApplication>
@@ -327,9 +328,17 @@ QAbstractItemModel *VerbDetailTableViewController::gridModel() const
     return m_gridModel;
 }
 
-QString VerbDetailTableViewController::noFormsNote() const
+QString VerbDetailTableViewController::noFormsNote(int section) const
 {
-    return Strings::text(QStringLiteral("conjugation.noforms"));
+    const auto *tense = ConjugationGroups::tense(m_selectedSegment, section - 1);
+    if (!m_verb || !tense)
+        return Strings::text(QStringLiteral("conjugation.noforms"));
+    return VerbUsageNotes::noFormsNote(*m_verb, QLatin1String(tense->typeId));
+}
+
+QString VerbDetailTableViewController::usageNotes() const
+{
+    return m_verb ? VerbUsageNotes::notes(*m_verb).join(QLatin1Char('\n')) : QString();
 }
 
 void VerbDetailTableViewController::chooseSection(int section)

@@ -35,6 +35,7 @@ class VerbDetailTableViewController : public QObject, public QQmlParserStatus
     Q_PROPERTY(bool hasVerb READ hasVerb NOTIFY verbChanged)
     Q_PROPERTY(QString title READ title NOTIFY verbChanged)
     Q_PROPERTY(QString verbRowText READ verbRowText NOTIFY contentChanged)
+    Q_PROPERTY(QString usageNotes READ usageNotes NOTIFY contentChanged)
     Q_PROPERTY(int selectedSegment READ selectedSegment NOTIFY selectedSegmentChanged)
     Q_PROPERTY(QStringList segmentTitles READ segmentTitles CONSTANT)
     Q_PROPERTY(bool isFavourite READ isFavourite NOTIFY favouriteChanged)
@@ -116,7 +117,10 @@ public:
     QAbstractItemModel *gridModel() const;
     QString speakingKey() const { return m_player->speakingKey(); }
     // What a tense without forms shows under its dash.
-    QString noFormsNote() const;
+    QString noFormsNote(int section) const;
+    // How the verb is used (third person only, both auxiliaries, another
+    // spelling), one note per line; empty when there is nothing to say.
+    QString usageNotes() const;
 
     // The tense the user last played a form of, as a table section of the
     // selected mood; 0 when none is chosen. A new mood or verb clears it.

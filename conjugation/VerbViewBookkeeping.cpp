@@ -6,6 +6,7 @@
 #include "Database.h"
 #include "Settings.h"
 #include "UserMessages.h"
+#include "VerbUsage.h"
 
 #include <QDateTime>
 
@@ -58,6 +59,9 @@ bool readConjugations(Database &db, Verb &verb)
     }
     ConjugationGroups::distribute(verb, forms);
     rows->close();
+    // The forms stand without the notes: a copy that cannot say how the verb is
+    // used still shows them (the reader logs why).
+    VerbUsageNotes::read(db, verb);
     return true;
 }
 

@@ -35,6 +35,17 @@ QString withChe(const QString &pronoun);
 // translation to show: never an empty pair of brackets.
 QString titleWithTranslation(const QString &infinitive, const QString &translation);
 
+// How a verb is used beyond its forms, as the master's verb_usage table says;
+// VerbUsage.h turns it into the notes the screens and exports print.
+struct VerbUsage
+{
+    bool thirdPersonOnly = false;
+    QString auxiliaryNote;     // why it takes both auxiliaries ("object", "weather", ...)
+    QString auxiliaryExamples; // Italian examples, for "meaning"
+    QString alsoSpelled;       // the other spelling of a verb spelled two ways
+    QString homograph;         // the other verb spelled alike, with its first form
+};
+
 struct Verb
 {
     qint64 id = -1;
@@ -59,6 +70,8 @@ struct Verb
     ConjugationList congiuntivoPresente, congiuntivoPassatoProssimo, congiuntivoImperfetto,
             congiuntivoTrapassatoProssimo;
     ConjugationList condizionalePresente, condizionalePassato;
+    // Read with the forms, replaced at each load.
+    VerbUsage usage;
 
     // The translation shown beside the infinitive, by "translation_language"
     // or, when that is automatic, by the first preferred language.

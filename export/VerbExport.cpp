@@ -2,6 +2,7 @@
 
 #include "Settings.h"
 #include "Strings.h"
+#include "VerbUsage.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -141,8 +142,14 @@ QJsonObject VerbExport::viewModel(const Verb &verb, const Settings &settings, bo
     model.insert(QStringLiteral("portuguese"), verb.portuguese);
     // Blank counts as none, so the templates leave the translation line out.
     model.insert(QStringLiteral("translated"), verb.translation(settings).trimmed());
-    model.insert(QStringLiteral("no_forms"), QStringLiteral("—"));
+    model.insert(QStringLiteral("no_forms"), VerbUsageNotes::dash);
     model.insert(QStringLiteral("no_forms_note"), Strings::text(QStringLiteral("conjugation.noforms")));
+    // The imperative of a verb used only in the third person says why it is empty.
+    model.insert(QStringLiteral("no_imperative_note"), VerbUsageNotes::noFormsNote(verb, QStringLiteral("14")));
+    QJsonArray notes;
+    for (const QString &note : VerbUsageNotes::notes(verb))
+        notes.append(QJsonObject{{QStringLiteral("note"), note}});
+    model.insert(QStringLiteral("usage_notes"), notes);
 
     model.insert(QStringLiteral("indicative"), Strings::text(QStringLiteral("tense.ind")));
     model.insert(QStringLiteral("subjunctive"), Strings::text(QStringLiteral("tense.sub")));
@@ -156,10 +163,10 @@ QJsonObject VerbExport::viewModel(const Verb &verb, const Settings &settings, bo
     for (const auto &entry : formLists) {
         QJsonArray forms;
         const bool che = takesChe(QLatin1String(entry.typeId));
-        for (const Conjugation &conjugation : verb.*entry.list) {
-            const QString pronoun = che ? withChe(conjugation.pronoun) : conjugation.pronoun;
-            forms.append(QJsonObject{{QStringLiteral("pronoun"), pronoun},
-                                     {QStringLiteral("verb"), conjugation.verb}});
+        // Persons a verb is not used in print as a dash, as on the screen.
+        for (const auto &row : VerbUsageNotes::rows(verb, QLatin1String(entry.typeId), verb.*entry.list)) {
+            const QString pronoun = che ? withChe(row.pronoun) : row.pronoun;
+            forms.append(QJsonObject{{QStringLiteral("pronoun"), pronoun}, {QStringLiteral("verb"), row.form}});
         }
         model.insert(QLatin1String(entry.viewKey), forms);
     }

@@ -40,6 +40,18 @@ CREATE TABLE conjugation (
     PRIMARY KEY (verbid, conj_order)
 ) WITHOUT ROWID;
 
+-- How a verb is used, for the notes printed beside its forms; a row only for a verb
+-- that needs one. auxiliary_note names why the verb takes both auxiliaries (object,
+-- destination, subject, modal, weather, either, meaning): the app has a text for each.
+CREATE TABLE verb_usage (
+    verbid             INTEGER PRIMARY KEY,
+    third_person       INTEGER NOT NULL DEFAULT 0, -- used only in the third person
+    auxiliary_note     TEXT,
+    auxiliary_examples TEXT, -- Italian examples, for the kind "meaning"
+    also_spelled       TEXT, -- the other spelling of a verb spelled two ways
+    homograph          TEXT  -- the other verb spelled alike, with its first form
+);
+
 CREATE TABLE favourite (
     _id    INTEGER PRIMARY KEY,
     verbid INTEGER

@@ -102,6 +102,8 @@ public:
     static VerbPtr alzarsi() { return verb(5, "alzarsi", "to get up"); }
     static VerbPtr provare() { return verb(7, "provare", "to try"); }
     static VerbPtr zittire() { return verb(8, "zittire", "to silence"); }
+    static VerbPtr piovere() { return verb(20, "piovere", "to rain"); }
+    static VerbPtr passare() { return verb(21, "passare", "to pass"); }
 
     QTemporaryDir dir;
     bool ready = false;

@@ -216,3 +216,25 @@ INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order
  (7, 1, 'provatore', 21, 4, NULL),
  (7, 1, 'provazzo', 0, 5, NULL),
  (7, NULL, 'provare', 1, 6, NULL);
+
+-- piovere: used only in the third person, with both auxiliaries as a weather verb;
+-- passare: both auxiliaries, avere with a direct object.
+INSERT INTO verb(_id, italian, simplified_italian, english, voice_available) VALUES
+ (20, 'piovere', 'piovere', 'to rain', 0),
+ (21, 'passare', 'passare', 'to pass', 0);
+INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order, voice_file) VALUES
+ (20, NULL, 'piovere', 1, 1, NULL),
+ (20, NULL, 'piovendo', 3, 2, NULL),
+ (20, 3, 'piove', 6, 3, NULL),
+ (20, 6, 'piovono', 6, 4, NULL),
+ (20, 3, 'è piovuto / ha piovuto', 7, 5, NULL),
+ (20, 6, 'sono piovuti/e / hanno piovuto', 7, 6, NULL),
+ (20, 3, 'piova', 15, 7, NULL),
+ (20, 6, 'piovano', 15, 8, NULL),
+ (21, NULL, 'passare', 1, 1, NULL),
+ (21, 1, 'passo', 6, 2, NULL),
+ (21, 1, 'sono passato/a / ho passato', 7, 3, NULL),
+ (21, 3, 'è passato/a / ha passato', 7, 4, NULL);
+INSERT INTO verb_usage(verbid, third_person, auxiliary_note, auxiliary_examples, also_spelled, homograph) VALUES
+ (20, 1, 'weather', NULL, NULL, NULL),
+ (21, 0, 'object', NULL, NULL, NULL);

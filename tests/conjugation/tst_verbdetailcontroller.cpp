@@ -223,6 +223,78 @@ private slots:
         }
     }
 
+    // How a verb is used reaches the verb row of both presentations; a verb used only in
+    // the third person shows a dash, with nothing to play, for every other person.
+    void usageNotesAndThirdPersonDashes()
+    {
+        auto &screen = show(ConjugationFixture::piovere());
+        const QString rain = QStringLiteral("Used only in the third person.\n"
+                                            "Weather verb, both auxiliaries are correct: è piovuto, ha piovuto.");
+        QCOMPARE(screen.usageNotes(), rain);
+        QCOMPARE(data(screen.tableModel(), 0, ConjugationSectionModel::NotesRole).toString(), rain);
+        QCOMPARE(data(screen.tableModel(), 1, ConjugationSectionModel::NotesRole).toString(), QString());
+
+        auto items = [&](QAbstractItemModel *model, int row) {
+            QList<ConjugationFormItem *> list;
+            for (const QVariant &item : data(model, row, ConjugationSectionModel::FormsRole).toList())
+                list << qobject_cast<ConjugationFormItem *>(item.value<QObject *>());
+            return list;
+        };
+        const auto present = items(screen.tableModel(), 1);
+        QStringList shown;
+        for (const ConjugationFormItem *item : present)
+            shown << item->pronoun() + u' ' + item->form() + (item->isPlaceholder() ? u'*' : u' ');
+        QCOMPARE(shown, (QStringList{"io —*", "tu —*", "lui/lei piove ", "noi —*", "voi —*", "loro piovono "}));
+        // A form keeps the key of its place in the list, so speech finds it.
+        QCOMPARE(screen.conjugationForKey(present[5]->key())->verb, QStringLiteral("piovono"));
+        QCOMPARE(items(screen.gridModel(), 1).at(2)->form(), QStringLiteral("è piovuto / ha piovuto"));
+        present[0]->toggleSpeech(nullptr);
+        QCOMPARE(screen.speakingKey(), QString());
+
+        screen.selectVerbTypes(1);
+        QCOMPARE(items(screen.tableModel(), 1).at(0)->pronoun(), QStringLiteral("che io"));
+        QCOMPARE(items(screen.tableModel(), 1).at(0)->form(), QStringLiteral("—"));
+        // A tense it has no forms in at all keeps the plain note; the imperative says why.
+        QCOMPARE(data(screen.tableModel(), 2, ConjugationSectionModel::EmptyNoteRole).toString(),
+                 Strings::text(QStringLiteral("conjugation.noforms")));
+        screen.selectVerbTypes(3);
+        QCOMPARE(data(screen.tableModel(), 1, ConjugationSectionModel::EmptyNoteRole).toString(),
+                 QStringLiteral("No imperative: the verb is used only in the third person."));
+        QCOMPARE(data(screen.gridModel(), 0, ConjugationSectionModel::EmptyNoteRole).toString(),
+                 QStringLiteral("No imperative: the verb is used only in the third person."));
+
+        // Both auxiliaries: the note fills in the verb's own forms; every person stays.
+        screen.setSelectedVerb(ConjugationFixture::passare());
+        QCOMPARE(screen.usageNotes(), QStringLiteral("Avere with a direct object, essere without one: "
+                                                     "ha passato, è passato/a."));
+        screen.selectVerbTypes(0);
+        QCOMPARE(items(screen.tableModel(), 2).size(), 2);
+        QCOMPARE(items(screen.tableModel(), 2).at(0)->form(), QStringLiteral("sono passato/a / ho passato"));
+        Strings::shared().selectLanguage({QStringLiteral("it")});
+        screen.refreshConjugations();
+        QCOMPARE(data(screen.tableModel(), 0, ConjugationSectionModel::NotesRole).toString(),
+                 QStringLiteral("Avere con il complemento oggetto, essere senza: ha passato, è passato/a."));
+        Strings::shared().selectLanguage({QStringLiteral("en-GB")});
+
+        // A verb without a row has nothing to say.
+        screen.setSelectedVerb(ConjugationFixture::andare());
+        QCOMPARE(screen.usageNotes(), QString());
+        QCOMPARE(items(screen.tableModel(), 1).size(), 6);
+    }
+
+    // A working copy made before verbs had usage notes still shows the forms, and says
+    // in the log why the notes are missing.
+    void aCopyWithoutUsageNotesShowsTheForms()
+    {
+        QVERIFY(m_fixture->run(QStringLiteral("DROP TABLE verb_usage")));
+        auto &screen = show(ConjugationFixture::piovere());
+        QCOMPARE(screen.usageNotes(), QString());
+        QCOMPARE(forms(screen.selectedVerb()->indicativoPresente), (QStringList{"piove", "piovono"}));
+        QVERIFY2(m_fixture->log().contains(QStringLiteral("Verb usage notes are unavailable: no such table: verb_usage")),
+                 qPrintable(m_fixture->log()));
+        QCOMPARE(historyCount(QStringLiteral("verbid = 20")), 1);
+    }
+
     // The mail names the verb and mood shown, and the tense once a form of it was played.
     void reportAMistakeNamesWhatIsShown()
     {

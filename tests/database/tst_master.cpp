@@ -60,6 +60,21 @@ QHash<QString, QHash<QString, QList<int>>> readDefective()
     return kept;
 }
 
+// Verbs used only in the third person, by kind: third-person.tsv.
+QHash<QString, QString> readThirdPerson()
+{
+    QHash<QString, QString> kinds;
+    for (const QStringList &cells : readSourceRows(sourcePath("third-person.tsv")))
+        kinds.insert(cells.value(0), cells.value(1));
+    return kinds;
+}
+
+// "ripartire²", the second of two homographs, is spelled "ripartire".
+QString infinitiveOf(const QString &key)
+{
+    return QStringLiteral("¹²³").contains(key.back()) ? key.chopped(1) : key;
+}
+
 // The simple tense holding the auxiliary of each compound tense.
 const QHash<int, int> auxiliaryTense = {{7, 6}, {9, 8}, {11, 10}, {13, 12}, {16, 15}, {18, 17}, {20, 19}};
 
@@ -106,6 +121,9 @@ private slots:
     void paradigmShapeAndOrder();
     void formsAreWellFormed();
     void compoundTensesUseTheAuxiliary();
+    void thirdPersonVerbsHaveOnlyThoseForms();
+    void bothAuxiliariesAndTheirNote();
+    void homographsAndSpellingsNameEachOther();
     void pronominalVerbsCarryTheirClitics();
     void translationsComeFromTheSourcesFolded();
     void goldenForms();
@@ -175,6 +193,7 @@ void TestMaster::paradigmShapeAndOrder()
     // defective.tsv removes: a tense without a participle has no compound tenses, and no
     // form of its own in the imperative means no imperative at all.
     const auto defective = readDefective();
+    const QHash<QString, QString> thirdPerson = readThirdPerson();
     QHash<QString, QString> baseOf;
     for (const QStringList &cells : readSourceRows(sourcePath("pronominal.tsv")))
         baseOf.insert(cells.value(0), cells.value(1));
@@ -194,6 +213,9 @@ void TestMaster::paradigmShapeAndOrder()
         }
         auto has = [&](const QString &tag, int slot) { return !kept.contains(tag) || kept[tag].contains(slot); };
         const bool participle = has("pp", 1);
+        // A verb used only in the third person keeps lui/lei and loro and has no imperative.
+        const bool thirdOnly = thirdPerson.contains(verb.italian);
+        auto used = [&](int person) { return !thirdOnly || person == 3 || person == 6; };
         QList<QPair<int, int>> expected, actual;
         expected.append({1, 0});
         if (!verb.hasClitic())
@@ -203,7 +225,7 @@ void TestMaster::paradigmShapeAndOrder()
             expected.append({4, 0});
         for (const int type : {6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20}) {
             if (type == 14) {
-                if (has("imp", 2) || has("imp", 4) || has("imp", 5)) {
+                if (!thirdOnly && (has("imp", 2) || has("imp", 4) || has("imp", 5))) {
                     for (const int person : {2, 3, 4, 5, 6}) {
                         if (person == 3 || person == 6 ? has("cong.pres", person) : has("imp", person))
                             expected.append({14, person});
@@ -213,7 +235,7 @@ void TestMaster::paradigmShapeAndOrder()
             }
             const QString tag = simpleType.key(type);
             for (int person = 1; person <= 6; ++person) {
-                if (tag.isEmpty() ? participle : has(tag, person))
+                if (used(person) && (tag.isEmpty() ? participle : has(tag, person)))
                     expected.append({type, person});
             }
         }
@@ -258,7 +280,7 @@ void TestMaster::formsAreWellFormed()
         if (verb.hasClitic())
             continue;
         const QString inf = verb.form(1, 0), gerund = verb.form(3, 0);
-        if (inf != verb.italian || !infinitive.match(inf).hasMatch())
+        if (inf != infinitiveOf(verb.italian) || !infinitive.match(inf).hasMatch())
             problems << verb.italian + ": infinitive '" + inf + "'";
         if (!gerund.endsWith(QLatin1String("ando")) && !gerund.endsWith(QLatin1String("endo")))
             problems << verb.italian + ": gerund '" + gerund + "'";
@@ -268,12 +290,12 @@ void TestMaster::formsAreWellFormed()
 
 void TestMaster::compoundTensesUseTheAuxiliary()
 {
-    QSet<QString> essereVerbs;
-    for (const QStringList &cells : readSourceRows(sourcePath("auxiliaries.tsv"))) {
-        if (cells.value(1) == QLatin1String("essere") || cells.value(1) == QLatin1String("essere/avere"))
-            essereVerbs.insert(cells[0]);
-    }
-    QVERIFY2(!essereVerbs.isEmpty(), "auxiliaries.tsv lists no verb taking essere");
+    // The auxiliaries of each verb, the one shown first first; unlisted verbs take avere.
+    QHash<QString, QStringList> auxiliaries;
+    for (const QStringList &cells : readSourceRows(sourcePath("auxiliaries.tsv")))
+        auxiliaries.insert(cells[0], cells.value(1).split(u'/'));
+    QVERIFY2(!auxiliaries.isEmpty(), "auxiliaries.tsv lists no verb");
+    const QHash<QString, QString> thirdPerson = readThirdPerson();
     const MasterVerb &essere = m_verbs[m_byName["essere"]];
     const MasterVerb &avere = m_verbs[m_byName["avere"]];
     QStringList problems;
@@ -285,17 +307,29 @@ void TestMaster::compoundTensesUseTheAuxiliary()
         // Clusters other than the reflexive ones: tst_clitics.
         if (participle.size() != 4 || (verb.hasClitic() && !verb.isPronominal()))
             continue;
-        const bool withEssere = verb.isPronominal() || essereVerbs.contains(verb.italian);
+        const QStringList takes = verb.isPronominal() ? QStringList{"essere"}
+                                                      : auxiliaries.value(verb.italian, {QStringLiteral("avere")});
+        // Weather and impersonal verbs have no subject to agree with: è piovuto.
+        const bool noSubject = thirdPerson.value(verb.italian, "things") != QLatin1String("things");
         for (const int type : compoundTypes) {
             for (int person = 1; person <= 6; ++person) {
-                QString agreed = participle[0];
-                if (withEssere)
-                    agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
-                const QString auxiliary = (withEssere ? essere : avere).form(auxiliaryTense[type], person);
-                QString prefix = verb.isPronominal() ? clitics(verb)[person - 1] : QString();
-                if (prefix.endsWith(QLatin1String("ne ")) && QStringLiteral("eè").contains(auxiliary.front()))
-                    prefix = prefix.chopped(2) + u'\''; // se ne + è -> se n'è
-                const QString expected = prefix + auxiliary + u' ' + agreed;
+                if (verb.form(type, person).isEmpty() && thirdPerson.contains(verb.italian) && person != 3 && person != 6)
+                    continue;
+                QStringList variants;
+                for (const QString &taken : takes) {
+                    const bool withEssere = taken == QLatin1String("essere");
+                    QString agreed = participle[0];
+                    if (withEssere && person == 3 && noSubject)
+                        agreed = participle[0];
+                    else if (withEssere)
+                        agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
+                    const QString auxiliary = (withEssere ? essere : avere).form(auxiliaryTense[type], person);
+                    QString prefix = verb.isPronominal() ? clitics(verb)[person - 1] : QString();
+                    if (prefix.endsWith(QLatin1String("ne ")) && QStringLiteral("eè").contains(auxiliary.front()))
+                        prefix = prefix.chopped(2) + u'\''; // se ne + è -> se n'è
+                    variants << prefix + auxiliary + u' ' + agreed;
+                }
+                const QString expected = variants.join(QStringLiteral(" / "));
                 const QString actual = verb.form(type, person);
                 if (actual != expected)
                     problems << QStringLiteral("%1: type %2 person %3: '%4', expected '%5'").arg(verb.italian).arg(type)
@@ -385,6 +419,142 @@ void TestMaster::translationsComeFromTheSourcesFolded()
     }
     QVERIFY2(compared > 0, "no translation rows to compare");
     QVERIFY2(problems.isEmpty(), describe(problems));
+}
+
+void TestMaster::thirdPersonVerbsHaveOnlyThoseForms()
+{
+    // Each verb of third-person.tsv: lui/lei and loro in the tenses it has, no other
+    // person, no imperative, and the flag the app prints its note from. No other verb
+    // carries the flag.
+    const QHash<QString, QString> thirdPerson = readThirdPerson();
+    QVERIFY2(thirdPerson.size() >= 20, "third-person.tsv lists too few verbs");
+    for (const char *known : {"piovere", "nevicare", "accadere", "bisognare", "occorrere", "vigere"})
+        QVERIFY2(thirdPerson.contains(known), known);
+    QSet<QString> flagged;
+    for (const QVariantList &row : m_db->rows("SELECT italian FROM verb JOIN verb_usage ON verbid = verb._id"
+                                              " WHERE third_person = 1"))
+        flagged.insert(row[0].toString());
+    QStringList problems;
+    for (auto it = thirdPerson.cbegin(); it != thirdPerson.cend(); ++it) {
+        if (!m_byName.contains(it.key())) {
+            problems << it.key() + ": not in the database";
+            continue;
+        }
+        const MasterVerb &verb = m_verbs[m_byName[it.key()]];
+        if (!flagged.contains(verb.italian))
+            problems << verb.italian + ": no third_person flag";
+        if (verb.form(6, 3).isEmpty() || verb.form(6, 6).isEmpty())
+            problems << verb.italian + ": no present in the third persons";
+        for (const Form &form : verb.forms) {
+            if (form.type == 14 || (form.pronoun != 0 && form.pronoun != 3 && form.pronoun != 6))
+                problems << QStringLiteral("%1: type %2 person %3 '%4'").arg(verb.italian).arg(form.type).arg(form.pronoun).arg(form.text);
+        }
+    }
+    for (const QString &name : std::as_const(flagged)) {
+        if (!thirdPerson.contains(name))
+            problems << name + ": flagged but not in third-person.tsv";
+    }
+    QVERIFY2(problems.isEmpty(), describe(problems));
+    // As a grammar prints them.
+    const MasterVerb &piovere = m_verbs[m_byName["piovere"]];
+    QCOMPARE(piovere.form(7, 3), QStringLiteral("è piovuto / ha piovuto"));
+    QCOMPARE(piovere.form(6, 6), QStringLiteral("piovono"));
+    QCOMPARE(m_verbs[m_byName["accadere"]].form(7, 3), QStringLiteral("è accaduto/a"));
+}
+
+void TestMaster::bothAuxiliariesAndTheirNote()
+{
+    // Every verb with two auxiliaries in auxiliaries.tsv shows both in every compound
+    // form, the first one first, and has the kind of note auxiliary-notes.tsv gives it;
+    // no other verb has a note on auxiliaries.
+    QHash<QString, QString> both;
+    for (const QStringList &cells : readSourceRows(sourcePath("auxiliaries.tsv"))) {
+        if (cells.value(1).contains(u'/'))
+            both.insert(cells[0], cells[1]);
+    }
+    QHash<QString, QString> kinds;
+    for (const QStringList &cells : readSourceRows(sourcePath("auxiliary-notes.tsv")))
+        kinds.insert(cells.value(0), cells.value(1));
+    QVERIFY2(both.size() > 300, qPrintable(QString::number(both.size())));
+    QHash<QString, QString> stored;
+    for (const QVariantList &row : m_db->rows("SELECT italian, auxiliary_note FROM verb JOIN verb_usage ON"
+                                              " verbid = verb._id WHERE auxiliary_note IS NOT NULL"))
+        stored.insert(row[0].toString(), row[1].toString());
+    QStringList problems;
+    static const QRegularExpression essereFirst("^(sono|sei|è|siamo|siete|ero|eri|era|eravamo|eravate|erano|sarò|sarai|sarà|"
+                                                "saremo|sarete|saranno|fui|fosti|fu|fummo|foste|furono|sia|siate|siano|"
+                                                "fossi|fosse|fossimo|fossero|sarei|saresti|sarebbe|saremmo|sareste|sarebbero) ");
+    for (auto it = both.cbegin(); it != both.cend(); ++it) {
+        if (!m_byName.contains(it.key())) {
+            problems << it.key() + ": not in the database";
+            continue;
+        }
+        const MasterVerb &verb = m_verbs[m_byName[it.key()]];
+        // A verb without a participle (convergere) has no compound tense to explain.
+        const QString expected = verb.ofType(4).isEmpty() ? QString() : kinds.value(it.key());
+        if (stored.value(it.key()) != expected || kinds.value(it.key()).isEmpty())
+            problems << QStringLiteral("%1: note '%2', auxiliary-notes.tsv says '%3'")
+                                .arg(it.key(), stored.value(it.key()), kinds.value(it.key()));
+        const bool essereShown = it.value().startsWith(QLatin1String("essere"));
+        int compounds = 0;
+        for (const Form &form : verb.forms) {
+            if (!compoundTypes.contains(form.type))
+                continue;
+            ++compounds;
+            const QStringList variants = form.text.split(QStringLiteral(" / "));
+            if (variants.size() != 2 || essereFirst.match(variants[0]).hasMatch() != essereShown
+                || essereFirst.match(variants[1]).hasMatch() == essereShown)
+                problems << QStringLiteral("%1: type %2 person %3 '%4'").arg(verb.italian).arg(form.type).arg(form.pronoun).arg(form.text);
+        }
+        if (compounds == 0 && !verb.ofType(4).isEmpty())
+            problems << verb.italian + ": no compound tense";
+    }
+    for (auto it = stored.cbegin(); it != stored.cend(); ++it) {
+        if (!both.contains(it.key()))
+            problems << it.key() + ": a note on auxiliaries but only one auxiliary";
+    }
+    QVERIFY2(problems.isEmpty(), describe(problems));
+    QCOMPARE(m_verbs[m_byName["passare"]].form(7, 1), QStringLiteral("sono passato/a / ho passato"));
+    QCOMPARE(m_verbs[m_byName["correre"]].form(20, 6), QStringLiteral("avrebbero corso / sarebbero corsi/e"));
+    QCOMPARE(stored.value("correre"), QStringLiteral("destination"));
+    QCOMPARE(stored.value("piovere"), QStringLiteral("weather"));
+}
+
+void TestMaster::homographsAndSpellingsNameEachOther()
+{
+    // Two verbs spelled alike with two paradigms are two entries, each naming the other
+    // with its first form; verbs spelled two ways name each other.
+    QHash<QString, QVariantList> usage;
+    for (const QVariantList &row : m_db->rows("SELECT italian, also_spelled, homograph FROM verb JOIN verb_usage"
+                                              " ON verbid = verb._id"))
+        usage.insert(row[0].toString(), row.mid(1));
+    QStringList problems;
+    qsizetype senses = 0;
+    for (const QStringList &cells : readSourceRows(sourcePath("homographs.tsv"))) {
+        if (cells.value(1) == QLatin1String("spelled")) {
+            if (usage.value(cells[0]).value(0).toString() != cells[2] || usage.value(cells[2]).value(0).toString() != cells[0])
+                problems << cells[0] + ", " + cells[2] + ": not cross-referenced";
+            continue;
+        }
+        const QString first = infinitiveOf(cells[0]);
+        if (!m_byName.contains(cells[0]) || !m_byName.contains(first)) {
+            problems << cells[0] + ": one of the two senses is missing";
+            continue;
+        }
+        ++senses;
+        const MasterVerb &a = m_verbs[m_byName[first]];
+        const MasterVerb &b = m_verbs[m_byName[cells[0]]];
+        if (a.form(6, 1) == b.form(6, 1) || b.form(1, 0) != first)
+            problems << cells[0] + ": the same paradigm as " + first + " or another infinitive";
+        if (usage.value(first).value(1).toString() != QStringLiteral("%1 (%2)").arg(b.italian, b.form(6, 1))
+            || usage.value(b.italian).value(1).toString() != QStringLiteral("%1 (%2)").arg(first, a.form(6, 1)))
+            problems << cells[0] + ": the two senses do not name each other";
+    }
+    QVERIFY2(senses > 0, "homographs.tsv gives no second sense");
+    QVERIFY2(problems.isEmpty(), describe(problems));
+    QCOMPARE(m_verbs[m_byName["ripartire"]].form(6, 1), QStringLiteral("riparto"));
+    QCOMPARE(m_verbs[m_byName["ripartire²"]].form(6, 1), QStringLiteral("ripartisco"));
+    QCOMPARE(m_verbs[m_byName["ripartire²"]].form(7, 1), QStringLiteral("ho ripartito"));
 }
 
 void TestMaster::goldenForms()

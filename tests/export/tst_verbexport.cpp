@@ -94,9 +94,10 @@ private slots:
             // The templates travel inside a JS template literal: these would change the script.
             QVERIFY2(!it->contains('`') && !it->contains('\\') && !it->contains("${"), qPrintable(it.key()));
         }
-        // Inside the form sections: the fields of each form.
+        // Inside the form and note sections: the fields of each form and note.
         expected.remove("pronoun");
         expected.remove("verb");
+        expected.remove("note");
         QVERIFY(expected.contains("tense_sub_trapassatoprossimo_italian"));
         expected += QSet<QString>{"german", "french", "spanish", "english", "portuguese"};
         QCOMPARE(QSet<QString>(keys.begin(), keys.end()), expected);
@@ -172,6 +173,47 @@ private slots:
         QCOMPARE(rain.documents.html.count(note), 17);
         QCOMPARE(rain.documents.html.count("<h3>"), 18);
         QVERIFY(rain.documents.html.contains("<h3>Gerund</h3><table><tr><td class=v>—</td><td class=p>" + note));
+    }
+
+    // How the verb is used prints under its name in both documents; the persons a verb
+    // is not used in print as a dash, and its missing imperative says why.
+    void usageNotesAndDashesReachBothDocuments()
+    {
+        Verb piovere;
+        piovere.italian = "piovere";
+        piovere.usage.thirdPersonOnly = true;
+        piovere.usage.auxiliaryNote = "weather";
+        piovere.usage.alsoSpelled = "piovare";
+        piovere.indicativoPresente = {{"lui/lei", "piove", "6", 3, {}}, {"loro", "piovono", "6", 6, {}}};
+        piovere.indicativoPassatoProssimo = {{"lui/lei", "è piovuto / ha piovuto", "7", 3, {}}};
+        const QJsonObject model = VerbExport::viewModel(piovere, *m_settings, false);
+        QStringList notes;
+        for (const QJsonValue &note : model["usage_notes"].toArray())
+            notes << note.toObject()["note"].toString();
+        QCOMPARE(notes, (QStringList{"Used only in the third person.",
+                                     "Weather verb, both auxiliaries are correct: è piovuto, ha piovuto.",
+                                     "Also spelled piovare."}));
+        QCOMPARE(model["IndicativoPresente"].toArray().size(), 6);
+        QCOMPARE(model["IndicativoPresente"].toArray()[0].toObject()["verb"].toString(), QStringLiteral("—"));
+
+        const VerbExport::Result result = VerbExport(*m_settings).render(piovere);
+        QCOMPARE(result.status, VerbExport::Status::Rendered);
+        const QString &text = result.documents.text;
+        QVERIFY2(text.startsWith("piovere\n- Used only in the third person.\n- Weather verb, both auxiliaries are correct:"
+                                 " è piovuto, ha piovuto.\n- Also spelled piovare.\n"), qPrintable(text.left(200)));
+        QVERIFY(text.contains("\tio\t—\n\ttu\t—\n\tlui/lei\tpiove\n\tnoi\t—\n\tvoi\t—\n\tloro\tpiovono\n"));
+        QVERIFY(text.contains("\tio\t—\n\ttu\t—\n\tlui/lei\tè piovuto / ha piovuto\n"));
+        const QString noImperative = "No imperative: the verb is used only in the third person.";
+        QCOMPARE(text.count(noImperative), 1);
+        const QString &html = result.documents.html;
+        QVERIFY(html.contains("<ul class=n><li>Used only in the third person.</li><li>Weather verb"));
+        QVERIFY(html.contains("<td class=p>io</td><td class=v>—</td>"));
+        QCOMPARE(html.count(noImperative), 1);
+
+        // A verb with nothing to say about its use prints no list and no dashes.
+        const VerbExport::Result plain = VerbExport(*m_settings).render(essere());
+        QVERIFY(!plain.documents.html.contains("<ul") && !plain.documents.text.contains("\n- "));
+        QVERIFY(!plain.documents.text.contains(noImperative));
     }
 
     // Subjunctive pronouns read "che io sia" in both documents; other tenses keep theirs.

@@ -114,8 +114,21 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
     // _id is a generated column: the schema derives it from verbid and conj_order.
     Statement form(db, "INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order,"
                        " voice_file) VALUES(?,?,?,?,?,NULL)");
+    Statement usage(db, "INSERT INTO verb_usage(verbid, third_person, auxiliary_note, auxiliary_examples,"
+                        " also_spelled, homograph) VALUES(?,?,?,?,?,?)");
     for (const Entry &entry : entries.verbs) {
         const qint64 id = entry.id;
+        if (!entry.usage.isEmpty()) {
+            // Empty text is stored as NULL: the app reads "no note" either way.
+            auto text = [](const QString &value) { return value.isEmpty() ? QString() : value; };
+            usage.bind(1, id);
+            usage.bind(2, qint64(entry.usage.thirdPersonOnly));
+            usage.bind(3, text(entry.usage.auxiliaryNote));
+            usage.bind(4, text(entry.usage.auxiliaryExamples));
+            usage.bind(5, text(entry.usage.alsoSpelled));
+            usage.bind(6, text(entry.usage.homograph));
+            usage.run();
+        }
         const Translation translation = translations.value(entry.italian);
         verb.bind(1, id);
         verb.bind(2, entry.italian);

@@ -143,6 +143,14 @@ public:
                 Entries &tally)
         : m_forms(forms), m_aux(auxiliary), m_essere(essere), m_clitics(clitics), m_tally(tally) {}
 
+    // A verb that takes both auxiliaries shows both in each compound cell, the more
+    // usual first: "è passato/a / ha passato".
+    void setOtherAuxiliary(const VerbForms &auxiliary, bool essere)
+    {
+        m_otherAux = &auxiliary;
+        m_otherEssere = essere;
+    }
+
     QList<FormRow> build(const QString &infinitive)
     {
         add(Infinito, 0, infinitive);
@@ -194,8 +202,16 @@ private:
         });
     }
 
-    // The compound tenses are built on the first of two standard participles (ho visto).
     QString compound(Tense auxiliaryTense, int person)
+    {
+        const QString shown = compound(m_aux, m_essere, auxiliaryTense, person);
+        if (!m_otherAux)
+            return shown;
+        return shown + variantSeparator + compound(*m_otherAux, m_otherEssere, auxiliaryTense, person);
+    }
+
+    // The compound tenses are built on the first of two standard participles (ho visto).
+    QString compound(const VerbForms &auxiliaryForms, bool essere, Tense auxiliaryTense, int person)
     {
         QStringList participle;
         for (const QString &cell : m_forms.tenses[PastParticiple])
@@ -203,14 +219,14 @@ private:
         QString agreed = participle[0];
         if (m_clitics && m_clitics->agreesWithLa)
             agreed = participle[1];
-        else if (m_essere)
+        else if (essere)
             agreed = person <= 3 ? bothGenders(participle[0], participle[1]) : bothGenders(participle[2], participle[3]);
-        const QString auxiliary = firstVariant(m_aux.tenses[auxiliaryTense][person - 1]);
+        const QString auxiliary = firstVariant(auxiliaryForms.tenses[auxiliaryTense][person - 1]);
         const QString clitic = m_clitics ? m_clitics->proclitic[person - 1] : QString();
         // Written Italian elides ne before the vowel of essere: se n'è andato, me n'ero andato.
-        if (m_essere && clitic.endsWith(QLatin1String(" ne")) && startsWithVowel(auxiliary))
+        if (essere && clitic.endsWith(QLatin1String(" ne")) && startsWithVowel(auxiliary))
             ++m_tally.elisions;
-        return finite(auxiliary + u' ' + agreed, person, m_essere);
+        return finite(auxiliary + u' ' + agreed, person, essere);
     }
 
     static bool startsWithVowel(const QString &word)
@@ -270,6 +286,8 @@ private:
     const VerbForms &m_forms;
     const VerbForms &m_aux;
     bool m_essere;
+    const VerbForms *m_otherAux = nullptr;
+    bool m_otherEssere = false;
     const Clitics *m_clitics;
     Entries &m_tally;
     QList<FormRow> m_rows;
@@ -330,7 +348,9 @@ Entries buildEntries(const Sources &sources)
             continue;
         const bool takesEssere = sources.auxiliaries.value(name, Auxiliary::Avere) == Auxiliary::Essere;
         VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, nullptr, entries);
-        entries.verbs.append({0, name, false, builder.build(name)});
+        if (sources.otherAuxiliaries.contains(name))
+            builder.setOtherAuxiliary(takesEssere ? avere : essere, !takesEssere);
+        entries.verbs.append({0, name, false, builder.build(infinitiveOf(name))});
         names.insert(name);
     }
 

@@ -25,12 +25,28 @@ struct FormRow
     QString text;
 };
 
+// What the app prints beside a verb's forms about how the verb is used.
+struct Usage
+{
+    bool thirdPersonOnly = false;
+    QString auxiliaryNote;     // why it takes both auxiliaries: a kind of auxiliary-notes.tsv
+    QString auxiliaryExamples; // Italian examples, for the kind "meaning"
+    QString alsoSpelled;       // the other spelling of a doublet
+    QString homograph;         // the other verb spelled the same, with its first form
+
+    bool isEmpty() const
+    {
+        return !thirdPersonOnly && auxiliaryNote.isEmpty() && alsoSpelled.isEmpty() && homograph.isEmpty();
+    }
+};
+
 struct Entry
 {
     qint64 id = 0;
-    QString italian;
+    QString italian; // the key of the sources; a homograph's carries its sense number
     bool pronominal = false;
     QList<FormRow> rows; // in display order
+    Usage usage = {};
 };
 
 struct Entries

@@ -140,10 +140,27 @@ void printRankCoverage(QTextStream &out, const Entries &entries, const QStringLi
     out << '\n';
 }
 
+void printUsage(QTextStream &out, const UsageReport &usage)
+{
+    out << "usage notes:\n"
+        << "  " << QString::fromLatin1("third person only (third-person.tsv)").leftJustified(44)
+        << QString::number(usage.thirdPerson).rightJustified(5) << " verbs, " << usage.weather
+        << " of them weather verbs; " << usage.formsRemoved << " forms removed\n"
+        << "  " << QString::fromLatin1("both auxiliaries (auxiliary-notes.tsv)").leftJustified(44)
+        << QString::number(usage.bothAuxiliaries).rightJustified(5) << " verbs:";
+    for (auto it = usage.auxiliaryNotes.cbegin(); it != usage.auxiliaryNotes.cend(); ++it)
+        out << ' ' << it.key() << ' ' << it.value();
+    out << '\n'
+        << "  " << QString::fromLatin1("homographs with a paradigm of their own").leftJustified(44)
+        << QString::number(usage.homographs.size()).rightJustified(5) << " (" << usage.homographs.join(u", ") << ")\n"
+        << "  " << QString::fromLatin1("verbs spelled two ways (homographs.tsv)").leftJustified(44)
+        << QString::number(usage.spellings).rightJustified(5) << " pair(s)\n";
+}
+
 } // namespace
 
 void printReport(QTextStream &out, const Entries &entries, const Sources &sources, const RuleReport &rules,
-                 const TranslationPlan &translations, const QStringList &frequency,
+                 const UsageReport &usage, const TranslationPlan &translations, const QStringList &frequency,
                  const QString &masterPath)
 {
     qsizetype forms = 0;
@@ -175,6 +192,7 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
             << (translations.ignored.size() > 12 ? ", ..." : "") << '\n';
     printRules(out, rules, entries);
     printRankCoverage(out, entries, sources.ranked);
+    printUsage(out, usage);
     printCoverage(out, entries, translations, frequency);
     printSpelling(out, entries);
     const qint64 size = QFileInfo(masterPath).size();

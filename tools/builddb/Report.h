@@ -6,10 +6,11 @@
 #include "Paradigm.h"
 #include "Sources.h"
 #include "Translations.h"
+#include "Usage.h"
 
 #include <QStringList>
 #include <QTextStream>
 
 void printReport(QTextStream &out, const Entries &entries, const Sources &sources, const RuleReport &rules,
-                 const TranslationPlan &translations, const QStringList &frequency,
+                 const UsageReport &usage, const TranslationPlan &translations, const QStringList &frequency,
                  const QString &masterPath);

@@ -111,6 +111,8 @@ void readAuxiliaries(const QString &path, Sources &sources)
         if (sources.auxiliaries.contains(cells[0]))
             throw SourceError(QStringLiteral("%1: '%2' listed twice").arg(sourceLine(path, line), cells[0]));
         sources.auxiliaries.insert(cells[0], shown);
+        if (aux.contains(u'/'))
+            sources.otherAuxiliaries.insert(cells[0], shown == Auxiliary::Essere ? Auxiliary::Avere : Auxiliary::Essere);
     });
 }
 
@@ -260,6 +262,12 @@ QString sourceLine(const QString &path, int line)
 bool isWordForm(const QString &form)
 {
     return formPattern.match(form).hasMatch();
+}
+
+QString infinitiveOf(const QString &key)
+{
+    static const QString senseNumbers = QStringLiteral("¹²³");
+    return !key.isEmpty() && senseNumbers.contains(key.back()) ? key.chopped(1) : key;
 }
 
 Sources readSources(const QString &folder)

@@ -66,7 +66,8 @@ struct Translation
 struct Sources
 {
     std::map<QString, VerbForms> forms;
-    QHash<QString, Auxiliary> auxiliaries;
+    QHash<QString, Auxiliary> auxiliaries;      // the one shown first
+    QHash<QString, Auxiliary> otherAuxiliaries; // the second of a verb that takes both
     QList<PronominalVerb> pronominal;
     // Forms of a pronominal verb that lacks some of its base's (volerci has only third
     // persons, avercela no imperative): the base's, less the gaps of defective.tsv.
@@ -97,3 +98,6 @@ void readTsv(const QString &path, const std::function<void(const QStringList &, 
 QString sourceLine(const QString &path, int line);
 // A single word form as the sources spell it (lower case, accents, apostrophe).
 bool isWordForm(const QString &form);
+// The infinitive a verb key stands for: "ripartire²", the second of two homographs, is
+// spelled "ripartire".
+QString infinitiveOf(const QString &key);

@@ -7,6 +7,7 @@
 #include "Report.h"
 #include "Sources.h"
 #include "Translations.h"
+#include "Usage.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -50,8 +51,13 @@ int main(int argc, char *argv[])
         const QString schemaSql = QString::fromUtf8(schema.readAll());
 
         Sources sources = readSources(folder);
-        const RuleReport rules = applyFormRules(readFormRules(folder), sources);
-        const Entries entries = buildEntries(sources);
+        const FormRules formRules = readFormRules(folder);
+        const RuleReport rules = applyFormRules(formRules, sources);
+        const UsageRules usageRules = readUsageRules(folder);
+        UsageReport usage;
+        addHomographs(usageRules, sources, usage);
+        Entries entries = buildEntries(sources);
+        applyUsage(usageRules, formRules, sources, entries, usage);
         const TranslationPlan translations = planTranslations(entries, sources);
         QDir().mkpath(QFileInfo(output).absolutePath());
         writeMaster(partial, schemaSql, entries, translations.byVerb);
@@ -61,8 +67,8 @@ int main(int argc, char *argv[])
 
         QTextStream out(stdout);
         out << "norvella-builddb: wrote " << output << '\n';
-        printReport(out, entries, sources, rules, translations, readFrequencyList(parser.value(frequencyOption)),
-                    output);
+        printReport(out, entries, sources, rules, usage, translations,
+                    readFrequencyList(parser.value(frequencyOption)), output);
     } catch (const std::exception &error) {
         // A stale master must not survive a failed build: tests would check old data.
         QFile::remove(partial);
