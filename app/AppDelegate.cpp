@@ -73,7 +73,7 @@ void AppDelegate::startRemoteConfig()
     if (m_remoteConfig.fetch(3600)) {
         if (!m_remoteConfig.activate())
             CrashLog::log(QStringLiteral("Unable to activate properties"));
-        for (const QString key : {QStringLiteral("is_native_ads"), QStringLiteral("is_interstitial_ads")})
+        for (const QString &key : {QStringLiteral("is_native_ads"), QStringLiteral("is_interstitial_ads")})
             Analytics::shared().setUserProperty(key, m_remoteConfig.stringValue(key));
     }
 }
