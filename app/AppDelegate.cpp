@@ -6,6 +6,7 @@
 #include "DatabaseCheck.h"
 #include "LegacySettings.h"
 #include "NotificationCenter.h"
+#include "SearchIndex.h"
 #include "ShortcutChannel.h"
 #include "Settings.h"
 #include "Strings.h"
@@ -35,6 +36,10 @@ namespace {
 // Long enough after launch that the first screens are drawn and the search
 // index has its start.
 constexpr int DatabaseCheckDelayMs = 3000;
+// The index is ready by the time anyone types or the list reloads; until then
+// the statements answer. It starts once the first frame is likely out, so it
+// does not compete with building the window for the CPU.
+constexpr int IndexBuildDelayMs = 600;
 } // namespace
 
 AppDelegate::~AppDelegate() = default;
@@ -68,7 +73,7 @@ void AppDelegate::startRemoteConfig()
     if (m_remoteConfig.fetch(3600)) {
         if (!m_remoteConfig.activate())
             CrashLog::log(QStringLiteral("Unable to activate properties"));
-        for (const QString key : {QStringLiteral("is_native_ads"), QStringLiteral("is_interstitial_ads")})
+        for (const QString &key : {QStringLiteral("is_native_ads"), QStringLiteral("is_interstitial_ads")})
             Analytics::shared().setUserProperty(key, m_remoteConfig.stringValue(key));
     }
 }
@@ -110,7 +115,8 @@ bool AppDelegate::prepareDatabase()
         m_queue = std::make_shared<DatabaseQueue>(VerbStore::workingCopyPath(m_environment.documentsDirectory));
         m_check = std::make_unique<DatabaseCheck>(m_queue->path());
         QTimer::singleShot(DatabaseCheckDelayMs, this, [this] { m_check->start(); });
-        m_queueRef = new DatabaseQueueRef(m_queue, this);
+        m_repository = new VerbRepository(m_queue, &SearchIndex::build, this);
+        QTimer::singleShot(IndexBuildDelayMs, m_repository, &VerbRepository::buildSearchIndex);
         emit queueChanged();
         return true;
     }

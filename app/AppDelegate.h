@@ -1,8 +1,8 @@
 #pragma once
 
 #include "DatabaseQueue.h"
-#include "DatabaseQueueRef.h"
 #include "RemoteConfig.h"
+#include "VerbRepository.h"
 
 #include <QObject>
 #include <QQmlEngine>
@@ -26,8 +26,9 @@ struct LaunchEnvironment
     static LaunchEnvironment standard();
 };
 
-// Runs the launch sequence and answers quick actions. It holds the one
-// database queue for the life of the process.
+// Runs the launch sequence and answers quick actions. It owns the verb
+// repository, and through it the one database queue and the search index,
+// for the life of the process.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -35,7 +36,7 @@ class AppDelegate : public QObject
     QML_UNCREATABLE("Created at start-up")
     Q_PROPERTY(bool collapsed READ collapsed WRITE setCollapsed NOTIFY collapsedChanged)
     Q_PROPERTY(bool hasDatabase READ hasDatabase NOTIFY queueChanged)
-    // The database queue for the screens (a DatabaseQueueRef), null without a database.
+    // The verb repository for the screens' `queue`, null without a database.
     Q_PROPERTY(QObject *queue READ queueObject NOTIFY queueChanged)
 
 public:
@@ -56,8 +57,9 @@ public:
     Status status() const { return m_status; }
     const QString &fatalError() const { return m_fatalError; }
     std::shared_ptr<DatabaseQueue> queue() const { return m_queue; }
+    VerbRepository *repository() const { return m_repository; }
     bool hasDatabase() const { return m_queue != nullptr; }
-    QObject *queueObject() const { return m_queueRef; }
+    QObject *queueObject() const { return m_repository; }
     const RemoteConfig &remoteConfig() const { return m_remoteConfig; }
     const LaunchEnvironment &environment() const { return m_environment; }
     bool hasInternetConnection() const { return m_hasInternetConnection; }
@@ -87,7 +89,7 @@ private:
     RemoteConfig m_remoteConfig;
     std::shared_ptr<DatabaseQueue> m_queue;
     std::unique_ptr<DatabaseCheck> m_check;
-    DatabaseQueueRef *m_queueRef = nullptr;
+    VerbRepository *m_repository = nullptr;
     Status m_status = Status::NotLaunched;
     QString m_fatalError;
     QString m_launchNotice;

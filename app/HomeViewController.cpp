@@ -1,10 +1,8 @@
 #include "HomeViewController.h"
 
-#include <QTimer>
-
 #include "Analytics.h"
 #include "CrashLog.h"
-#include "DatabaseQueueRef.h"
+#include "SearchIndex.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbRef.h"
@@ -12,10 +10,6 @@
 #include <QUrl>
 
 namespace norvella {
-
-namespace {
-constexpr int IndexBuildDelayMs = 600;
-}
 
 HomeViewController::HomeViewController(QObject *parent) : QObject(parent) {}
 
@@ -40,24 +34,33 @@ void HomeViewController::setSettings(Settings *settings)
     }
 }
 
-void HomeViewController::setQueueObject(QObject *object)
+void HomeViewController::setRepository(VerbRepository *repository)
 {
-    if (object == m_queueObject)
+    if (repository == m_repository)
         return;
-    m_queueObject = object;
-    setQueue(DatabaseQueueRef::from(object));
+    m_repository = repository;
+    if (m_ownRepository && m_ownRepository != repository) {
+        m_ownRepository->deleteLater();
+        m_ownRepository = nullptr;
+    }
+    for (VerbTableModel *child : std::initializer_list<VerbTableModel *>{m_verbList, m_favourites, m_history, m_searchResults}) {
+        if (child)
+            child->setRepository(m_repository);
+    }
+    emit queueChanged();
 }
 
 void HomeViewController::setQueue(std::shared_ptr<DatabaseQueue> queue)
 {
-    if (queue == m_queue)
+    if (queue == this->queue())
         return;
-    m_queue = std::move(queue);
-    for (VerbTableModel *child : std::initializer_list<VerbTableModel *>{m_verbList, m_favourites, m_history, m_searchResults}) {
-        if (child)
-            child->setQueue(m_queue);
+    if (!queue) {
+        setRepository(nullptr);
+        return;
     }
-    emit queueChanged();
+    auto *own = new VerbRepository(std::move(queue), &SearchIndex::build, this);
+    setRepository(own);
+    m_ownRepository = own;
 }
 
 void HomeViewController::viewDidLoad()
@@ -71,11 +74,7 @@ void HomeViewController::viewDidLoad()
     m_searchResults = new SearchResultsTableViewController(this);
     m_searchResults->setSettings(m_settings);
     m_searchResults->setDelegate(this);
-    m_searchResults->setQueue(m_queue);
-    // Ready by the time anyone types; until then the statement answers. It
-    // starts once the first frame is likely out, so it does not compete with
-    // building the window for the CPU.
-    QTimer::singleShot(IndexBuildDelayMs, m_searchResults, &SearchResultsTableViewController::prepareIndex);
+    m_searchResults->setRepository(m_repository);
     emit searchResultsControllerChanged();
     updateCrashReportContext();
 
@@ -147,7 +146,7 @@ template<typename T> T *HomeViewController::makeChild()
 {
     auto *child = new T(this);
     child->setSettings(m_settings);
-    child->setQueue(m_queue);
+    child->setRepository(m_repository);
     connect(child, &VerbTableModel::showDetail, this, &HomeViewController::showVerb);
     child->setHighlightedVerbId(m_padIdiom && m_detailVerb ? m_detailVerb->verbId() : -1);
     connect(child, &InterstitialTableViewController::analyticsEvent, this,

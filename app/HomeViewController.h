@@ -26,7 +26,7 @@ class HomeViewController : public QObject, public QQmlParserStatus, public Searc
     Q_OBJECT
     QML_ELEMENT
     Q_INTERFACES(QQmlParserStatus)
-    // The database queue (a DatabaseQueueRef) handed on to every list.
+    // The verb repository, which holds the database queue, handed on to every list.
     Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
     Q_PROPERTY(int selectedTab READ selectedTab NOTIFY selectedTabChanged)
     // The selected tab's position in the tab bar, -1 when it has no item there.
@@ -54,10 +54,14 @@ public:
     explicit HomeViewController(QObject *parent = nullptr);
     ~HomeViewController() override;
 
-    QObject *queueObject() const { return m_queueObject; }
-    void setQueueObject(QObject *object);
+    QObject *queueObject() const { return m_repository; }
+    void setQueueObject(QObject *object) { setRepository(VerbRepository::from(object)); }
+    VerbRepository *repository() const { return m_repository; }
+    void setRepository(VerbRepository *repository);
+    // A repository of the home screen's own over the queue, for a home screen
+    // used without the app delegate.
     void setQueue(std::shared_ptr<DatabaseQueue> queue);
-    const std::shared_ptr<DatabaseQueue> &queue() const { return m_queue; }
+    std::shared_ptr<DatabaseQueue> queue() const { return m_repository ? m_repository->queue() : nullptr; }
     // Null goes back to the app-wide store; the children get the same.
     void setSettings(Settings *settings);
 
@@ -121,8 +125,8 @@ private:
     void updateCrashReportContext();
     Settings &settings() const;
 
-    std::shared_ptr<DatabaseQueue> m_queue;
-    QPointer<QObject> m_queueObject;
+    QPointer<VerbRepository> m_repository;
+    QPointer<VerbRepository> m_ownRepository;
     Settings *m_settings = nullptr;
     ObserverSet m_observers;
     bool m_loaded = false;

@@ -10,7 +10,7 @@ import Norvella.Export as Export
 Page {
     id: screen
 
-    // The verb to show (a VerbRef) and the database queue (a DatabaseQueueRef).
+    // The verb to show (a VerbRef) and the verb repository, which holds the database queue.
     property QtObject verb
     property QtObject queue
     // Shown as a preview: no mood selector and no toolbar.

@@ -4,12 +4,12 @@
 #include "ConjugationSectionModel.h"
 #include "ConjugationServices.h"
 #include "Database.h"
-#include "DatabaseQueueRef.h"
 #include "RoundProgressView.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbRef.h"
 #include "VerbUsage.h"
+#include "VerbRepository.h"
 #include "VerbViewBookkeeping.h"
 
 #include <QCoreApplication>
@@ -61,9 +61,34 @@ void VerbDetailTableViewController::setSelectedVerb(VerbPtr verb)
     verbReplaced();
 }
 
+std::shared_ptr<DatabaseQueue> VerbDetailTableViewController::queue() const
+{
+    return m_repository ? m_repository->queue() : nullptr;
+}
+
+void VerbDetailTableViewController::setRepository(VerbRepository *repository)
+{
+    if (repository == m_repository)
+        return;
+    m_repository = repository;
+    if (m_ownRepository && m_ownRepository != repository) {
+        m_ownRepository->deleteLater();
+        m_ownRepository = nullptr;
+    }
+    emit queueChanged();
+}
+
 void VerbDetailTableViewController::setQueue(std::shared_ptr<DatabaseQueue> queue)
 {
-    m_queue = std::move(queue);
+    if (queue == this->queue())
+        return;
+    if (!queue) {
+        setRepository(nullptr);
+        return;
+    }
+    auto *own = new VerbRepository(std::move(queue), {}, this);
+    setRepository(own);
+    m_ownRepository = own;
 }
 
 void VerbDetailTableViewController::setVerbObject(QObject *verb)
@@ -76,11 +101,7 @@ void VerbDetailTableViewController::setVerbObject(QObject *verb)
 
 void VerbDetailTableViewController::setQueueObject(QObject *queue)
 {
-    if (queue == m_queueObject)
-        return;
-    m_queueObject = queue;
-    setQueue(DatabaseQueueRef::from(queue));
-    emit queueChanged();
+    setRepository(VerbRepository::from(queue));
 }
 
 void VerbDetailTableViewController::componentComplete()
@@ -126,13 +147,15 @@ void VerbDetailTableViewController::loadConjugations()
     if (!m_verb || m_verb->loaded)
         return;
     VerbViewBookkeeping::countView(*m_settings, m_launchArguments);
-    if (m_queue) {
-        const VerbPtr verb = m_verb;
-        Settings &settings = *m_settings;
-        m_queue->inDatabase([&](Database &db) { VerbViewBookkeeping::loadTurn(db, settings, *verb); });
+    const VerbPtr verb = m_verb;
+    if (!m_repository) {
+        // No database work, but the showing is still announced.
+        NotificationCenter::defaultCenter().post(Notifications::VerbViewed, QVariant(),
+                                                 {{QStringLiteral("verb"), QVariant::fromValue(verb)}});
+        return;
     }
-    NotificationCenter::defaultCenter().post(Notifications::VerbViewed, QVariant(),
-                                             {{QStringLiteral("verb"), QVariant::fromValue(m_verb)}});
+    Settings &settings = *m_settings;
+    m_repository->recordView(verb, [&](Database &db) { VerbViewBookkeeping::loadTurn(db, settings, *verb); });
 }
 
 void VerbDetailTableViewController::refreshConjugations()
@@ -168,13 +191,10 @@ void VerbDetailTableViewController::toggleFavourite()
     const bool wanted = !verb->isFavourite;
     verb->isFavourite = wanted;
     emit favouriteChanged();
-    if (!saveFavourite(m_queue.get(), *verb, wanted)) {
+    if (!VerbRepository::setFavourite(m_repository, verb, wanted, this)) {
         // The star goes back to what the table holds; nothing changed for the others.
         emit favouriteChanged();
-        return;
     }
-    NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this,
-                                             {{QStringLiteral("verb"), QVariant::fromValue(verb)}});
 }
 
 void VerbDetailTableViewController::verbFavouriteToggled(const Notification &notification)

@@ -3,6 +3,7 @@
 #include "NotificationCenter.h"
 #include "PronunciationPlayer.h"
 #include "Verb.h"
+#include "VerbRepository.h"
 
 #include <QAbstractItemModel>
 #include <QObject>
@@ -65,11 +66,14 @@ public:
 
     const VerbPtr &selectedVerb() const { return m_verb; }
     void setSelectedVerb(VerbPtr verb);
-    const std::shared_ptr<DatabaseQueue> &queue() const { return m_queue; }
+    std::shared_ptr<DatabaseQueue> queue() const;
+    VerbRepository *repository() const { return m_repository; }
+    // A repository of this screen's own over the queue, for a screen used alone.
     void setQueue(std::shared_ptr<DatabaseQueue> queue);
     QObject *verbObject() const { return m_verbObject; }
     void setVerbObject(QObject *verb);
-    QObject *queueObject() const { return m_queueObject; }
+    QObject *queueObject() const { return m_repository; }
+    // The verb repository, which holds the database queue.
     void setQueueObject(QObject *queue);
 
     // View life cycle: set-up (load and observe), then shown.
@@ -147,13 +151,14 @@ private:
     void reloadPresentations();
     void verbFavouriteToggled(const Notification &notification);
     void verbReplaced();
+    void setRepository(VerbRepository *repository);
 
     Settings *m_settings;
     QStringList m_launchArguments;
     VerbPtr m_verb;
-    std::shared_ptr<DatabaseQueue> m_queue;
+    QPointer<VerbRepository> m_repository;
+    QPointer<VerbRepository> m_ownRepository;
     QPointer<QObject> m_verbObject;
-    QPointer<QObject> m_queueObject;
     int m_selectedSegment = 0;
     int m_chosenSection = 0;
     bool m_peeking = false;

@@ -19,23 +19,7 @@ VerbPtr verbByInfinitive(DatabaseQueue &queue, const QString &italian)
         if (!row) {
             reportDatabaseError(DatabaseErrors::ReadingVerbList, db);
         } else if (row->next()) {
-            verb = std::make_shared<Verb>();
-            verb->id = row->longLongIntForColumn(QStringLiteral("_id"));
-            verb->voice_available = row->boolForColumn(QStringLiteral("voice_available"));
-            verb->english = row->stringForColumn(QStringLiteral("english"));
-            verb->german = row->stringForColumn(QStringLiteral("german"));
-            verb->simplified_german = row->stringForColumn(QStringLiteral("simplified_german"));
-            verb->french = row->stringForColumn(QStringLiteral("french"));
-            verb->simplified_french = row->stringForColumn(QStringLiteral("simplified_french"));
-            verb->spanish = row->stringForColumn(QStringLiteral("spanish"));
-            verb->simplified_spanish = row->stringForColumn(QStringLiteral("simplified_spanish"));
-            verb->dutch = row->stringForColumn(QStringLiteral("dutch"));
-            verb->simplified_dutch = row->stringForColumn(QStringLiteral("simplified_dutch"));
-            verb->italian = row->stringForColumn(QStringLiteral("italian"));
-            verb->simplified_italian = row->stringForColumn(QStringLiteral("simplified_italian"));
-            verb->portuguese = row->stringForColumn(QStringLiteral("portuguese"));
-            verb->simplified_portuguese = row->stringForColumn(QStringLiteral("simplified_portuguese"));
-            verb->isFavourite = !row->columnIsNull(QStringLiteral("favourite_available"));
+            verb = verbFromRow(*row, VerbRowFields::Full);
         }
         if (row)
             row->close();

@@ -274,28 +274,4 @@ bool writeFavourite(Database &db, qint64 verbId, bool favourite, bool &isFavouri
     return written;
 }
 
-bool saveFavourite(DatabaseQueue *queue, Verb &verb, bool favourite, const char *failureReport)
-{
-    bool written = false;
-    bool stored = !favourite;
-    int code = 0;
-    QString message = QStringLiteral("no database is open");
-    if (queue) {
-        queue->inDatabase([&](Database &db) {
-            written = writeFavourite(db, verb.id, favourite, stored);
-            if (!written) {
-                code = db.lastErrorCode();
-                message = db.lastErrorMessage();
-            }
-            db.close();
-        });
-    }
-    verb.isFavourite = stored;
-    if (!written) {
-        CrashLog::log(errorReport(failureReport, message, code));
-        UserMessages::postSaveFailure(code);
-    }
-    return written;
-}
-
 } // namespace norvella

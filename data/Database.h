@@ -96,9 +96,6 @@ private:
     QString m_lastErrorMessage;
 };
 
-class DatabaseQueue;
-struct Verb;
-
 // The favourite mark as every screen writes it, in one transaction: marking a
 // verb that already is a favourite adds no row, unmarking removes every row of
 // it. `isFavourite` receives what the table holds afterwards; a failed write
@@ -106,12 +103,7 @@ struct Verb;
 // could be read.
 bool writeFavourite(Database &db, qint64 verbId, bool favourite, bool &isFavourite);
 
-// A screen's favourite tap: the write on the queue, then the verb's flag set
-// to what the table holds. A failure is logged with SQLite's reason under
-// `failureReport` (the error-report pattern) and shown to the user; the flag
-// then stays or goes back to the unwritten state. False when nothing was written.
+// The fixed report of a failed favourite write (see VerbRepository::setFavourite).
 inline constexpr char UnableToUpdateFavourite[] = "Unable to update favourite %@ (%d)";
-bool saveFavourite(DatabaseQueue *queue, Verb &verb, bool favourite,
-                   const char *failureReport = UnableToUpdateFavourite);
 
 } // namespace norvella

@@ -1,6 +1,8 @@
 #include "Verb.h"
 
+#include "Database.h"
 #include "Settings.h"
+#include "TranslationLanguages.h"
 
 #include <QLocale>
 
@@ -41,27 +43,33 @@ QString Verb::translation(const Settings &settings) const
 
 QString Verb::translation(const Settings &settings, const QStringList &preferredLanguages) const
 {
-    const QString code = Preferences::translationLanguage(settings);
-    if (code == QLatin1String("en")) return english;
-    if (code == QLatin1String("fr")) return french;
-    if (code == QLatin1String("de")) return german;
-    if (code == QLatin1String("es")) return spanish;
-    if (code == QLatin1String("pt")) return portuguese;
-    if (code == QLatin1String("it")) return italian;
-    if (code == QLatin1String("nl")) return dutch;
-    if (code == QLatin1String("tr")) return turkish;
+    return this->*TranslationLanguages::shown(settings, preferredLanguages).text;
+}
 
-    // Turkish is reachable only by the explicit setting, never automatically.
-    if (preferredLanguages.isEmpty())
-        qFatal("No preferred language available to choose a translation");
-    const QString first = preferredLanguages.first();
-    if (first.startsWith(QLatin1String("fr"))) return french;
-    if (first.startsWith(QLatin1String("de"))) return german;
-    if (first.startsWith(QLatin1String("es"))) return spanish;
-    if (first.startsWith(QLatin1String("nl"))) return dutch;
-    if (first.startsWith(QLatin1String("it"))) return italian;
-    if (first.startsWith(QLatin1String("pt"))) return portuguese;
-    return english;
+VerbPtr verbFromRow(const ResultSet &row, VerbRowFields fields)
+{
+    auto verb = std::make_shared<Verb>();
+    auto text = [&row](const char *column) { return row.stringForColumn(QLatin1String(column)); };
+    verb->id = row.longLongIntForColumn(QStringLiteral("_id"));
+    verb->italian = text("italian");
+    for (const char *code : {"en", "de", "fr", "es", "nl", "pt", "tr"}) {
+        const TranslationLanguage &language = *TranslationLanguages::withCode(QLatin1String(code));
+        (*verb).*language.text = text(language.column);
+    }
+    verb->isFavourite = row.boolForColumn(QStringLiteral("favourite_available"));
+    if (fields == VerbRowFields::Shown) {
+        verb->voice_available = true;
+        return verb;
+    }
+    verb->voice_available = row.boolForColumn(QStringLiteral("voice_available"));
+    verb->simplified_italian = text("simplified_italian");
+    verb->simplified_german = text("simplified_german");
+    verb->simplified_french = text("simplified_french");
+    verb->simplified_spanish = text("simplified_spanish");
+    verb->simplified_dutch = text("simplified_dutch");
+    verb->simplified_portuguese = text("simplified_portuguese");
+    verb->simplified_turkish = text("simplified_turkish");
+    return verb;
 }
 
 const ConjugationList *Verb::listForType(const QString &type) const

@@ -84,6 +84,15 @@ struct Verb
 
 using VerbPtr = std::shared_ptr<Verb>;
 
+// What a verb row fills. Shown: the id, the translations and the favourite
+// mark, the verb counting as voiced whatever its column says (the search and
+// the single-section lists). Full: also the folded texts and the voice column
+// (the alphabetical list, a verb opened by name).
+enum class VerbRowFields { Shown, Full };
+// The one way a verb is made from a row: columns by name, those the statement
+// does not name left empty, `favourite_available` read as a boolean.
+VerbPtr verbFromRow(const ResultSet &row, VerbRowFields fields);
+
 // The system's preferred UI languages, replaceable in tests.
 namespace PreferredLanguages {
 QStringList get();

@@ -141,7 +141,7 @@ VerbStore::Result VerbStore::prepare(Settings &settings, const QString &appVersi
     }
     // A replacement left half-built by a kill is never used.
     const QString replacement = working + QStringLiteral(".new");
-    for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+    for (const QString &suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
         QFile::remove(replacement + suffix);
     pruneMovedAside(working, 1);
 

@@ -263,7 +263,7 @@ Inspection inspect(const QString &path, Depth depth)
     if (!result.problem.isEmpty())
         return result;
 
-    for (const QString table : {QStringLiteral("favourite"), QStringLiteral("history")}) {
+    for (const QString &table : {QStringLiteral("favourite"), QStringLiteral("history")}) {
         QStringList problems = tableProblems(db, table, &ok);
         if (ok && !problems.isEmpty() && onlyIndexProblems(problems)) {
             // The rows are sound and only their index is wrong: rebuilding
@@ -343,11 +343,11 @@ bool build(const QString &masterPath, const QString &target, const CarryOver &ca
 {
     auto fail = [&](const QString &why) {
         *error = why;
-        for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+        for (const QString &suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
             QFile::remove(target + suffix);
         return false;
     };
-    for (const QString suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
+    for (const QString &suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")})
         QFile::remove(target + suffix);
     QFile master(masterPath);
     if (!master.copy(target))
@@ -414,7 +414,7 @@ bool replace(const QString &from, const QString &to, QString *error)
 {
     // A journal of the old copy would be played into the new one at its
     // first open. The old copy was read and closed, which settled it.
-    for (const QString suffix : {QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+    for (const QString &suffix : {QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
         if (QFile::exists(to + suffix) && !QFile::remove(to + suffix)) {
             *error = QStringLiteral("could not remove the old journal %1").arg(to + suffix);
             return false;

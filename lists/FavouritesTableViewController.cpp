@@ -47,14 +47,9 @@ QString FavouritesTableViewController::removalTitleKey() const
 
 // The same write as the star of the other screens, so the verb's flag is the
 // table's afterwards, whatever happened.
-bool FavouritesTableViewController::removeStored(Verb &verb)
+bool FavouritesTableViewController::removeStored(const VerbPtr &verb)
 {
-    return saveFavourite(queue().get(), verb, false, DatabaseErrors::RemovingFavourite);
-}
-
-void FavouritesTableViewController::verbWasRemoved(const VerbPtr &verb)
-{
-    NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this, verbUserInfo(verb));
+    return VerbRepository::setFavourite(repository(), verb, false, this, DatabaseErrors::RemovingFavourite);
 }
 
 void FavouritesTableViewController::verbFavouriteToggled(const Notification &notification)

@@ -22,8 +22,7 @@ public:
 protected:
     QString listQuery() const override;
     QString removalTitleKey() const override;
-    bool removeStored(Verb &verb) override;
-    void verbWasRemoved(const VerbPtr &verb) override;
+    bool removeStored(const VerbPtr &verb) override;
 
 private:
     void verbFavouriteToggled(const Notification &notification);

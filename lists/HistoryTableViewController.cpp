@@ -2,7 +2,6 @@
 
 #include "CrashLog.h"
 #include "Database.h"
-#include "UserMessages.h"
 
 namespace norvella {
 
@@ -31,26 +30,9 @@ QString HistoryTableViewController::removalTitleKey() const
     return QStringLiteral("action.remove");
 }
 
-bool HistoryTableViewController::removeStored(Verb &verb)
+bool HistoryTableViewController::removeStored(const VerbPtr &verb)
 {
-    if (!queue())
-        return false;
-    bool removed = false;
-    int code = 0;
-    queue()->inDatabase([&](Database &db) {
-        removed = db.inTransaction([&] {
-            return db.executeUpdate(QStringLiteral("DELETE FROM history WHERE history.verbid = ?"), {verb.id});
-        });
-        if (removed) {
-            db.close();
-        } else {
-            reportDatabaseError(DatabaseErrors::RemovingHistory, db);
-            code = db.lastErrorCode();
-        }
-    });
-    if (!removed)
-        UserMessages::postSaveFailure(code);
-    return removed;
+    return repository() && repository()->removeFromHistory(*verb);
 }
 
 } // namespace norvella

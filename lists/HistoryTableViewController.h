@@ -20,7 +20,7 @@ public:
 protected:
     QString listQuery() const override { return query(); }
     QString removalTitleKey() const override;
-    bool removeStored(Verb &verb) override;
+    bool removeStored(const VerbPtr &verb) override;
 };
 
 } // namespace norvella

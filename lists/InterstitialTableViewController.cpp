@@ -12,9 +12,4 @@ void InterstitialTableViewController::setVisible(bool visible)
     emit isVisibleChanged();
 }
 
-QVariantMap InterstitialTableViewController::verbUserInfo(const VerbPtr &verb)
-{
-    return {{QStringLiteral("verb"), QVariant::fromValue<VerbPtr>(verb)}};
-}
-
 } // namespace norvella

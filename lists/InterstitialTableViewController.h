@@ -33,7 +33,6 @@ signals:
 
 protected:
     void setVisible(bool visible);
-    static QVariantMap verbUserInfo(const VerbPtr &verb);
 
     ObserverSet m_observers;
 

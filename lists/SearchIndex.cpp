@@ -671,38 +671,6 @@ QString SearchIndex::listSection(const Hit &hit, Column order) const
     return text.left(text.at(0).isHighSurrogate() ? 2 : 1).toUpper();
 }
 
-namespace {
-struct Published
-{
-    std::weak_ptr<DatabaseQueue> queue;
-    std::shared_ptr<const SearchIndex> index;
-};
-std::vector<Published> &published()
-{
-    static std::vector<Published> entries;
-    return entries;
-}
-} // namespace
-
-std::shared_ptr<const SearchIndex> SearchIndex::readyFor(const std::shared_ptr<DatabaseQueue> &queue)
-{
-    auto &entries = published();
-    std::erase_if(entries, [](const Published &entry) { return entry.queue.expired(); });
-    for (const Published &entry : entries) {
-        if (queue && entry.queue.lock() == queue)
-            return entry.index;
-    }
-    return nullptr;
-}
-
-void SearchIndex::publish(const std::shared_ptr<DatabaseQueue> &queue, std::shared_ptr<const SearchIndex> index)
-{
-    auto &entries = published();
-    std::erase_if(entries, [&](const Published &entry) { return entry.queue.expired() || entry.queue.lock() == queue; });
-    if (queue && index)
-        entries.push_back({queue, std::move(index)});
-}
-
 VerbPtr SearchIndex::makeVerb(const VerbRecord &record, const Hit &hit)
 {
     auto verb = std::make_shared<Verb>();

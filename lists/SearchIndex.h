@@ -13,7 +13,6 @@
 namespace norvella {
 
 class Database;
-class DatabaseQueue;
 
 // The search statement answered from memory. The statement with conjugated
 // forms scans some 600,000 rows with LIKE at every keystroke (up to a second
@@ -98,12 +97,6 @@ public:
     QString listSection(const Hit &hit, Column order) const;
     // The favourite table as the statements join it; false when it cannot be read.
     static bool readFavourites(Database &db, std::vector<Favourite> &favourites);
-
-    // The index built for a queue, shared by every screen that reads it;
-    // null until one is published. An index dies with its queue.
-    static std::shared_ptr<const SearchIndex> readyFor(const std::shared_ptr<DatabaseQueue> &queue);
-    static void publish(const std::shared_ptr<DatabaseQueue> &queue, std::shared_ptr<const SearchIndex> index);
-
 
     // LIKE as SQLite evaluates it without an ESCAPE clause, on text that is
     // already ASCII-lower-cased on both sides. Exposed for tests.

@@ -3,11 +3,7 @@
 #include "SearchIndex.h"
 #include "VerbTableModel.h"
 
-#include <QFutureWatcher>
-#include <QPointer>
 #include <QVariantList>
-
-#include <atomic>
 
 namespace norvella {
 
@@ -55,10 +51,10 @@ public:
 
     void selectRow(int row) override;
 
-    // Starts building the index for the current queue in the background.
+    // Asks the repository to start reading the index (a search does too).
     void prepareIndex();
-    // Blocks until the index for the current queue is built; false when it
-    // could not be (searches then use the statement).
+    // Blocks until the repository's index is read; false when it could not
+    // be (searches then use the statement).
     bool waitForIndex();
 
     static Statement statement(const QString &query, const Settings &settings, const QStringList &preferredLanguages);
@@ -67,18 +63,9 @@ signals:
     void queryChanged();
 
 private:
-    using IndexBuild = QFutureWatcher<std::shared_ptr<const SearchIndex>>;
-
-    const SearchIndex *readyIndex();
-    // Takes a finished build's index, if it is still the current queue's.
-    void indexBuilt(IndexBuild *build);
-    // Cancels the running build and forgets the index: the queue changed or
-    // this screen goes.
-    void dropIndex();
     VerbPtr createRowVerb(int row) const override;
     const VerbPtr &verbAt(qsizetype position) const;
-    void searchStatement(const QString &query, Database &db);
-    void searchIndex(const SearchIndex &index, const QString &query, Database &db);
+    void searchIndex(const std::shared_ptr<const SearchIndex> &index, const QString &query, Database &db);
 
     SearchResultsTableViewControllerDelegate *m_delegate = nullptr;
     Strategy m_strategy = Strategy::Index;
@@ -86,15 +73,9 @@ private:
     mutable QList<VerbPtr> m_verbs;
     // Where the index put the results not made yet.
     std::vector<SearchIndex::Hit> m_hits;
+    // The index the hits point into, kept with them: the repository may be
+    // replaced while they are on screen.
     std::shared_ptr<const SearchIndex> m_hitsIndex;
-    std::shared_ptr<const SearchIndex> m_index;
-    // A child of this object, so its hand-back dies with it; replaced (and
-    // the old one deleted, with any hand-back still queued) by every build.
-    QPointer<IndexBuild> m_indexBuild;
-    std::shared_ptr<std::atomic_bool> m_cancelBuild;
-    // The queue the index or the running build is for; a new queue needs a
-    // new index. Weak: a new queue can be created at a freed one's address.
-    std::weak_ptr<DatabaseQueue> m_indexQueue;
 };
 
 } // namespace norvella

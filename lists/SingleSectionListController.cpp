@@ -32,20 +32,13 @@ void SingleSectionListController::reload()
     // Without a queue the flag stays set, so no later reload runs either.
     if (!queue())
         return;
-    queue()->inDatabase([&](Database &db) {
-        if (auto rows = db.executeQuery(statement)) {
-            while (rows->next()) {
-                VerbPtr verb = readListVerb(*rows);
-                verb->voice_available = true;
-                m_verbs.append(verb);
-            }
-            rows->close();
-        } else {
-            reportDatabaseError(DatabaseErrors::ReadingVerbList, db);
-        }
-        reloadData(rowsFor(m_verbs));
-        m_isReloading = false;
-    });
+    repository()->readVerbs(
+            statement, {}, VerbRowFields::Shown, DatabaseErrors::ReadingVerbList,
+            [this](const VerbPtr &verb, const ResultSet &) { m_verbs.append(verb); },
+            [this](bool) {
+                reloadData(rowsFor(m_verbs));
+                m_isReloading = false;
+            });
 }
 
 SwipeAction *SingleSectionListController::trailingSwipeAction(int row)
@@ -67,12 +60,11 @@ bool SingleSectionListController::remove(const VerbPtr &verb)
 {
     // The action reports completion first, which makes the view drop the row.
     deleteRow(verb.get());
-    if (!removeStored(*verb)) {
+    if (!removeStored(verb)) {
         // The database still holds the verb, so its row comes back.
         reload();
         return true;
     }
-    verbWasRemoved(verb);
     // Read again rather than shown from the data: a swipe closed without a tap
     // has taken its verb out of the data too, and that verb is still listed.
     if (m_verbs.isEmpty())

@@ -33,11 +33,10 @@ protected:
     virtual QString listQuery() const = 0;
     // The title of the swipe action.
     virtual QString removalTitleKey() const = 0;
-    // Takes the verb's rows out of the database; false when that failed, the
-    // failure then logged and shown to the user.
-    virtual bool removeStored(Verb &verb) = 0;
-    // Runs after the row is deleted and the removal stored.
-    virtual void verbWasRemoved(const VerbPtr &) {}
+    // Takes the verb's rows out of the database through the repository, which
+    // tells the other screens; false when that failed, the failure then
+    // logged and shown to the user.
+    virtual bool removeStored(const VerbPtr &verb) = 0;
 
 private:
     bool remove(const VerbPtr &verb);

@@ -4,6 +4,7 @@
 #include "Database.h"
 #include "SearchIndex.h"
 #include "Settings.h"
+#include "TranslationLanguages.h"
 
 #include <QPointer>
 
@@ -35,23 +36,7 @@ QString VerbListTableViewController::sortColumn(const Settings &settings, const 
 {
     if (Preferences::sortByLang(settings))
         return QStringLiteral("simplified_italian");
-    QString language = Preferences::translationLanguage(settings);
-    if (language.isEmpty())
-        language = preferredLanguages.value(0);
-    if (language.startsWith(QLatin1String("de")))
-        return QStringLiteral("simplified_german");
-    if (language.startsWith(QLatin1String("es")))
-        return QStringLiteral("simplified_spanish");
-    if (language.startsWith(QLatin1String("nl")))
-        return QStringLiteral("simplified_dutch");
-    // The plain column on purpose: an accented initial gets a section of its own.
-    if (language.startsWith(QLatin1String("pt")))
-        return QStringLiteral("portuguese");
-    if (language.startsWith(QLatin1String("it")))
-        return QStringLiteral("simplified_italian");
-    if (language.startsWith(QLatin1String("fr")))
-        return QStringLiteral("simplified_french");
-    return QStringLiteral("english");
+    return QLatin1String(TranslationLanguages::listed(settings, preferredLanguages).listOrderColumn);
 }
 
 QString VerbListTableViewController::query(const QString &sortColumn)
@@ -86,39 +71,30 @@ void VerbListTableViewController::reload()
         return;
     if (readFromIndex(column))
         return;
-    queue()->inDatabase([&](Database &db) {
-        auto rows = db.executeQuery(query(column));
-        if (rows) {
-            while (rows->next()) {
-                VerbPtr verb = readListVerb(*rows);
-                verb->voice_available = rows->boolForColumn(QStringLiteral("voice_available"));
-                verb->simplified_portuguese = rows->stringForColumn(QStringLiteral("simplified_portuguese"));
-                verb->simplified_german = rows->stringForColumn(QStringLiteral("simplified_german"));
-                verb->simplified_french = rows->stringForColumn(QStringLiteral("simplified_french"));
-                verb->simplified_dutch = rows->stringForColumn(QStringLiteral("simplified_dutch"));
-                verb->simplified_spanish = rows->stringForColumn(QStringLiteral("simplified_spanish"));
-                verb->simplified_italian = rows->stringForColumn(QStringLiteral("simplified_italian"));
-                const QString key = rows->stringForColumn(QStringLiteral("index_letter")).toUpper();
-                m_verbs[key].append(verb);
-            }
-            rows->close();
-            QStringList keys = m_verbs.keys();
-            sortKeys(keys);
-            if (keys != m_keys) {
-                m_keys = keys;
-                emit keysChanged();
-            }
-        } else {
-            // The old section titles stay, over an empty list.
-            reportDatabaseError(DatabaseErrors::ReadingVerbList, db);
-        }
-        std::vector<Row> flat;
-        for (const QString &key : std::as_const(m_keys)) {
-            for (const VerbPtr &verb : m_verbs.value(key))
-                flat.push_back({verb, key});
-        }
-        reloadData(std::move(flat));
-    });
+    repository()->readVerbs(
+            query(column), {}, VerbRowFields::Full, DatabaseErrors::ReadingVerbList,
+            [this](const VerbPtr &verb, const ResultSet &row) {
+                m_verbs[row.stringForColumn(QStringLiteral("index_letter")).toUpper()].append(verb);
+            },
+            [this](bool read) {
+                if (read) {
+                    QStringList keys = m_verbs.keys();
+                    sortKeys(keys);
+                    if (keys != m_keys) {
+                        m_keys = keys;
+                        emit keysChanged();
+                    }
+                } else {
+                    // The old section titles stay, over an empty list.
+                    m_verbs.clear();
+                }
+                std::vector<Row> flat;
+                for (const QString &key : std::as_const(m_keys)) {
+                    for (const VerbPtr &verb : m_verbs.value(key))
+                        flat.push_back({verb, key});
+                }
+                reloadData(std::move(flat));
+            });
 }
 
 // The statement sorts some 6,000 rows on every reload (a favourite toggled on
@@ -126,7 +102,8 @@ void VerbListTableViewController::reload()
 // the same rows in the same order, so only the favourites are read here.
 bool VerbListTableViewController::readFromIndex(const QString &column)
 {
-    const auto index = m_readsFromIndex ? SearchIndex::readyFor(queue()) : nullptr;
+    // The repository's index as soon as it is read, whoever asked for it.
+    const auto index = m_readsFromIndex ? repository()->searchIndex() : nullptr;
     const SearchIndex::Column order = SearchIndex::columnNamed(column);
     if (!index || order == SearchIndex::ColumnCount)
         return false;
@@ -231,12 +208,10 @@ bool VerbListTableViewController::toggleFavourite(const VerbPtr &verb)
     const bool wanted = !verb->isFavourite;
     verb->isFavourite = wanted;
     reloadRow(verb.get());
-    if (!saveFavourite(queue().get(), *verb, wanted)) {
+    if (!VerbRepository::setFavourite(repository(), verb, wanted, this)) {
         // The star goes back to what the table holds; nobody else needs to reload.
         reloadRow(verb.get());
-        return true;
     }
-    NotificationCenter::defaultCenter().post(Notifications::VerbFavouriteToggled, this, verbUserInfo(verb));
     return true;
 }
 

@@ -1,7 +1,6 @@
 #include "VerbTableModel.h"
 
-#include "Database.h"
-#include "DatabaseQueueRef.h"
+#include "SearchIndex.h"
 #include "Settings.h"
 
 namespace norvella {
@@ -51,26 +50,30 @@ QHash<int, QByteArray> VerbTableModel::roleNames() const
     };
 }
 
-void VerbTableModel::setQueue(std::shared_ptr<DatabaseQueue> queue)
+void VerbTableModel::setRepository(VerbRepository *repository)
 {
-    if (queue == m_queue)
+    if (repository == m_repository)
         return;
-    m_queue = std::move(queue);
-    if (m_queueObject && m_queueObject->parent() == this)
-        m_queueObject->deleteLater();
-    m_queueObject = m_queue ? new DatabaseQueueRef(m_queue, this) : nullptr;
+    m_repository = repository;
+    if (m_ownRepository && m_ownRepository != repository) {
+        // Later: QML may still read the old value while it takes the new one.
+        m_ownRepository->deleteLater();
+        m_ownRepository = nullptr;
+    }
     emit queueChanged();
 }
 
-void VerbTableModel::setQueueObject(QObject *object)
+void VerbTableModel::setQueue(std::shared_ptr<DatabaseQueue> queue)
 {
-    if (object == m_queueObject)
+    if (queue == this->queue())
         return;
-    if (m_queueObject && m_queueObject->parent() == this)
-        m_queueObject->deleteLater();
-    m_queue = DatabaseQueueRef::from(object);
-    m_queueObject = m_queue ? object : nullptr;
-    emit queueChanged();
+    if (!queue) {
+        setRepository(nullptr);
+        return;
+    }
+    auto *own = new VerbRepository(std::move(queue), &SearchIndex::build, this);
+    setRepository(own);
+    m_ownRepository = own;
 }
 
 void VerbTableModel::setHighlightedVerbId(qint64 id)
@@ -156,21 +159,6 @@ std::vector<VerbTableModel::Row> VerbTableModel::rowsFor(const QList<VerbPtr> &v
     for (const VerbPtr &verb : verbs)
         rows.push_back({verb, {}});
     return rows;
-}
-
-VerbPtr VerbTableModel::readListVerb(const ResultSet &row)
-{
-    auto verb = std::make_shared<Verb>();
-    verb->id = row.longLongIntForColumn(QStringLiteral("_id"));
-    verb->english = row.stringForColumn(QStringLiteral("english"));
-    verb->italian = row.stringForColumn(QStringLiteral("italian"));
-    verb->portuguese = row.stringForColumn(QStringLiteral("portuguese"));
-    verb->german = row.stringForColumn(QStringLiteral("german"));
-    verb->spanish = row.stringForColumn(QStringLiteral("spanish"));
-    verb->french = row.stringForColumn(QStringLiteral("french"));
-    verb->dutch = row.stringForColumn(QStringLiteral("dutch"));
-    verb->isFavourite = row.boolForColumn(QStringLiteral("favourite_available"));
-    return verb;
 }
 
 } // namespace norvella

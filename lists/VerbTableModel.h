@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DatabaseQueue.h"
 #include "SwipeAction.h"
 #include "Verb.h"
+#include "VerbRepository.h"
 
 #include <QAbstractListModel>
 #include <QPointer>
@@ -13,7 +13,6 @@
 
 namespace norvella {
 
-class ResultSet;
 class Settings;
 
 // The part every verb list and the search results share: the rows exactly as
@@ -26,7 +25,8 @@ class VerbTableModel : public QAbstractListModel
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("A base of the verb lists")
-    // The database queue (a DatabaseQueueRef); without one nothing is read.
+    // The verb repository, which holds the database queue; without one
+    // nothing is read.
     Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     // The verb the detail column shows beside the list, -1 for none.
@@ -53,10 +53,15 @@ public:
     double highlightedVerbIdForQml() const { return double(m_highlightedVerbId); }
     void setHighlightedVerbId(qint64 id);
 
-    const std::shared_ptr<DatabaseQueue> &queue() const { return m_queue; }
+    // The screen reads and writes through the repository, which outlives it.
+    VerbRepository *repository() const { return m_repository; }
+    void setRepository(VerbRepository *repository);
+    std::shared_ptr<DatabaseQueue> queue() const { return m_repository ? m_repository->queue() : nullptr; }
+    // A repository of this screen's own over the queue: for a screen used
+    // alone, which then shares no index with any other.
     void setQueue(std::shared_ptr<DatabaseQueue> queue);
-    QObject *queueObject() const { return m_queueObject; }
-    void setQueueObject(QObject *object);
+    QObject *queueObject() const { return m_repository; }
+    void setQueueObject(QObject *object) { setRepository(VerbRepository::from(object)); }
 
     // Null goes back to the app-wide store.
     void setSettings(Settings *settings) { m_settings = settings; }
@@ -96,15 +101,13 @@ protected:
     // Rows reloaded without their verb get it from here the first time it is
     // needed: most of a long result list is never looked at.
     virtual VerbPtr createRowVerb(int) const { return nullptr; }
-    // The fields every list reads alike: id, the seven texts and the favourite flag.
-    static VerbPtr readListVerb(const ResultSet &row);
 
 private:
     const VerbPtr &rowVerb(size_t row) const;
 
     mutable std::vector<Row> m_rows;
-    std::shared_ptr<DatabaseQueue> m_queue;
-    QPointer<QObject> m_queueObject;
+    QPointer<VerbRepository> m_repository;
+    QPointer<VerbRepository> m_ownRepository;
     Settings *m_settings = nullptr;
     qint64 m_highlightedVerbId = -1;
 };

@@ -2,8 +2,6 @@
 
 #include "BuildInfo.h"
 #include "CrashLog.h"
-#include "DatabaseQueue.h"
-#include "DatabaseQueueRef.h"
 #include "DesktopMail.h"
 #include "NotificationCenter.h"
 #include "OptionsText.h"
@@ -11,6 +9,7 @@
 #include "Strings.h"
 #include "UserMessages.h"
 #include "Verb.h"
+#include "VerbRepository.h"
 
 #include <QUrl>
 
@@ -206,16 +205,11 @@ QVariant OptionsTableViewController::data(const QModelIndex &index, int role) co
 
 void OptionsTableViewController::setQueueObject(QObject *queue)
 {
-    if (m_queueObject == queue)
+    VerbRepository *repository = VerbRepository::from(queue);
+    if (m_repository == repository)
         return;
-    m_queueObject = queue;
-    m_queue = DatabaseQueueRef::from(queue);
+    m_repository = repository;
     emit queueChanged();
-}
-
-void OptionsTableViewController::setQueue(std::shared_ptr<DatabaseQueue> queue)
-{
-    m_queue = std::move(queue);
 }
 
 void OptionsTableViewController::setDelegate(QObject *delegate)
@@ -335,23 +329,13 @@ void OptionsTableViewController::choose(const QString &sheet, int index)
 
 void OptionsTableViewController::clearHistory()
 {
-    Q_ASSERT_X(m_queue, "OptionsTableViewController::clearHistory", "the screen was shown without a database queue");
-    if (!m_queue) {
-        qWarning("Unable to delete favourites");
+    Q_ASSERT_X(m_repository, "OptionsTableViewController::clearHistory",
+               "the screen was shown without a database queue");
+    if (!m_repository) {
+        CrashLog::log(QStringLiteral("Unable to delete favourites: no database is open"));
         return;
     }
-    m_queue->inDatabase([&](Database &db) {
-        const bool cleared = db.executeUpdate(QStringLiteral("DELETE FROM history"));
-        if (!cleared) {
-            CrashLog::log(QStringLiteral("Unable to delete favourites %1 (%2)")
-                                  .arg(db.lastErrorMessage())
-                                  .arg(db.lastErrorCode()));
-            // The history is still there: the user must not think it is gone.
-            UserMessages::postSaveFailure(db.lastErrorCode());
-        }
-        db.close();
-    });
-    NotificationCenter::defaultCenter().post(Notifications::RefreshHistory);
+    m_repository->clearHistory();
 }
 
 void OptionsTableViewController::changed()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SupportEmailSender.h"
+#include "VerbRepository.h"
 
 #include <QAbstractListModel>
 #include <QPointer>
@@ -12,7 +13,6 @@
 
 namespace norvella {
 
-class DatabaseQueue;
 class Settings;
 
 // The settings screen: four sections of rows (search, conjugations, history,
@@ -77,9 +77,9 @@ public:
     Q_INVOKABLE QString sectionHeader(int section) const;
     Q_INVOKABLE QString sectionFooter(int section) const;
 
-    QObject *queueObject() const { return m_queueObject; }
+    // The verb repository, which holds the database queue and clears the history.
+    QObject *queueObject() const { return m_repository; }
     void setQueueObject(QObject *queue);
-    void setQueue(std::shared_ptr<DatabaseQueue> queue);
     QObject *delegate() const { return m_delegate; }
     void setDelegate(QObject *delegate);
     QObject *presenter() const { return m_presenter; }
@@ -141,8 +141,7 @@ private:
     void refreshRows();
 
     Settings *m_settings;
-    QPointer<QObject> m_queueObject;
-    std::shared_ptr<DatabaseQueue> m_queue;
+    QPointer<VerbRepository> m_repository;
     QPointer<QObject> m_delegate;
     QPointer<QObject> m_presenter;
     QPointer<SupportEmailSender> m_supportEmailSender;

@@ -147,6 +147,32 @@ private slots:
         QCOMPARE(m_settings->objectForKey(SettingsKeys::SearchConjugations), QVariant(false));
     }
 
+    // The delegate's repository reads the index by itself, and every screen
+    // the home screen makes reads that one repository: the list has the index
+    // without anyone typing a search.
+    void theLaunchReadsTheIndexForEveryScreen()
+    {
+        AppDelegate delegate(m_env, *m_settings);
+        std::unique_ptr<HomeViewController> home;
+        delegate.setWindowFactory([&](AppDelegate &d) {
+            home = std::make_unique<HomeViewController>();
+            home->setSettings(m_settings.get());
+            home->setQueueObject(d.queueObject());
+            home->viewDidLoad();
+        });
+        QVERIFY(delegate.didFinishLaunching());
+        VerbRepository *repository = delegate.repository();
+        QVERIFY(repository);
+        QCOMPARE(home->repository(), repository);
+        QCOMPARE(home->verbListTableViewController()->repository(), repository);
+        QCOMPARE(home->searchResultsController()->repository(), repository);
+        QSignalSpy ready(repository, &VerbRepository::searchIndexReady);
+        QVERIFY(ready.wait(60000));
+        QVERIFY(repository->searchIndex());
+        home->showTab(HomeViewController::FavouritesTab);
+        QCOMPARE(home->favouritesTableViewController()->repository(), repository);
+    }
+
     // At a cold launch the action is handled once; the search action only acts on the phone layout.
     void quickActions()
     {

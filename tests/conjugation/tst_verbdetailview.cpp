@@ -2,13 +2,13 @@
 // sizes, keeps every text whole and every control reachable, and answers taps.
 // NORVELLA_SCREENSHOT_DIR=/some/folder saves each state it visits as a PNG.
 #include "ConjugationTestFixture.h"
-#include "DatabaseQueueRef.h"
 #include "DesktopMail.h"
 #include "QmlLoadHarness.h"
 #include "RoundProgressView.h"
 #include "SpeechSynthesizer.h"
 #include "VerbLookup.h"
 #include "VerbRef.h"
+#include "VerbRepository.h"
 
 #include <QQuickItem>
 #include <QtQml/qqmlextensionplugin.h>
@@ -49,8 +49,8 @@ class VerbDetailViewTest : public QObject
 
 private:
     std::unique_ptr<ConjugationFixture> m_fixture;
-    std::unique_ptr<DatabaseQueueRef> m_queueRef;
-    std::unique_ptr<DatabaseQueueRef> m_previousQueueRef; // alive until the screen has the new one
+    std::unique_ptr<VerbRepository> m_queueRef;
+    std::unique_ptr<VerbRepository> m_previousQueueRef; // alive until the screen has the new one
     std::unique_ptr<VerbRef> m_verbRef;
     // One window serves every test: Qt 6.4 mixes up its animation timing when a
     // window goes away while an animation runs, and the app has a single window too.
@@ -122,7 +122,7 @@ private slots:
         QVERIFY(m_fixture->ready);
         Settings::standard().clear();
         m_previousQueueRef = std::move(m_queueRef);
-        m_queueRef = std::make_unique<DatabaseQueueRef>(m_fixture->queue);
+        m_queueRef = std::make_unique<VerbRepository>(m_fixture->queue);
     }
 
     void cleanup()

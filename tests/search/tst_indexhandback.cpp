@@ -5,8 +5,10 @@
 #include "Settings.h"
 #include "TestSupport.h"
 #include "VerbListTableViewController.h"
+#include "VerbRepository.h"
 
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QThreadPool>
 #include <QtTest>
@@ -15,19 +17,19 @@
 
 using namespace norvella;
 
-// The search index is built on a worker thread and handed back to the search
-// screen, which publishes it for the alphabetical list. The queue it was built
-// for can be replaced, and the screen can go, while the build runs or while
-// its hand-back waits in the event queue.
+// The search index is read on a worker thread and handed back to the verb
+// repository, which the search and the alphabetical list both read it from.
+// The repository, with its queue, can be replaced or destroyed while the build
+// runs or while its hand-back waits in the event queue.
 namespace {
 
-// Where the old build stands when its queue or its screen goes.
+// Where the old build stands when its repository goes.
 enum class OldBuild { Running, FinishedNotHandedBack, HandedBack };
 
-// Queues made one after another in the same storage: the heap is free to put
-// a new queue where a freed one lived, and this makes it do so every time.
-// The control block is allocated apart, as with any shared_ptr made from a
-// pointer, so weak references to a freed queue outlive its storage.
+// Objects made one after another in the same storage: the heap is free to put
+// a new queue or repository where a freed one lived, and this makes it do so
+// every time. The queue's control block is allocated apart, as with any
+// shared_ptr made from a pointer, so weak references to it outlive its storage.
 std::shared_ptr<DatabaseQueue> queueInTheOneSlot(const QString &path)
 {
     alignas(DatabaseQueue) static std::byte slot[sizeof(DatabaseQueue)];
@@ -35,8 +37,20 @@ std::shared_ptr<DatabaseQueue> queueInTheOneSlot(const QString &path)
                                           [](DatabaseQueue *queue) { queue->~DatabaseQueue(); });
 }
 
+struct RepositoryInTheOneSlot
+{
+    void operator()(VerbRepository *repository) const { repository->~VerbRepository(); }
+};
+using SlotRepository = std::unique_ptr<VerbRepository, RepositoryInTheOneSlot>;
+
+SlotRepository repositoryInTheOneSlot(std::shared_ptr<DatabaseQueue> queue)
+{
+    alignas(VerbRepository) static std::byte slot[sizeof(VerbRepository)];
+    return SlotRepository(new (slot) VerbRepository(std::move(queue), &SearchIndex::build));
+}
+
 // Runs the builds still going to their end and delivers whatever they posted,
-// including deferred deletes (a model lets go of its queue through one).
+// including deferred deletes.
 void settleBuilds()
 {
     QThreadPool::globalInstance()->waitForDone();
@@ -49,7 +63,8 @@ QStringList shown(const VerbTableModel &model)
     QStringList rows;
     for (int row = 0; row < model.rowCount(); ++row)
         rows << model.data(model.index(row), VerbTableModel::ItalianRole).toString() + '|'
-                        + model.data(model.index(row), VerbTableModel::IsFavouriteRole).toString();
+                        + model.data(model.index(row), VerbTableModel::IsFavouriteRole).toString() + '|'
+                        + model.data(model.index(row), VerbTableModel::SectionRole).toString();
     return rows;
 }
 
@@ -70,18 +85,19 @@ class IndexHandBackTest : public QObject
 private:
     QTemporaryDir m_dir;
     // Some 500 verbs with forms, so a build started just before is still
-    // running when its queue or its screen goes; and the five verbs of the
-    // shared fixture, which every search here tells apart from those.
+    // running when its repository goes; and the five verbs of the shared
+    // fixture, which every search here tells apart from those.
     QString m_larger;
     QString m_smaller;
     std::unique_ptr<Settings> m_settings;
 
-    void addOldBuildRows()
+    void addOldBuildRows(bool withHandedBack)
     {
         QTest::addColumn<OldBuild>("oldBuild");
         QTest::newRow("running") << OldBuild::Running;
         QTest::newRow("finished, not handed back") << OldBuild::FinishedNotHandedBack;
-        QTest::newRow("handed back") << OldBuild::HandedBack;
+        if (withHandedBack)
+            QTest::newRow("handed back") << OldBuild::HandedBack;
     }
 
 private slots:
@@ -112,11 +128,12 @@ private slots:
 
     void cleanupTestCase() { PreferredLanguages::clearOverride(); }
 
-    // A queue replaced by one at the freed queue's address gets an index of
-    // its own, in the search and in the list that reads the published index,
-    // wherever the old queue's build stood.
-    void aNewQueueAtAFreedAddressGetsItsOwnIndex_data() { addOldBuildRows(); }
-    void aNewQueueAtAFreedAddressGetsItsOwnIndex()
+    // A repository replaced by one at the freed repository's address, over a
+    // queue at the freed queue's address, gets an index of its own, in the
+    // search and in the list, wherever the old build stood and whatever the
+    // screens still showed from the old index.
+    void aNewRepositoryAtAFreedAddressGetsItsOwnIndex_data() { addOldBuildRows(true); }
+    void aNewRepositoryAtAFreedAddressGetsItsOwnIndex()
     {
         QFETCH(OldBuild, oldBuild);
         SearchResultsTableViewController search;
@@ -129,34 +146,44 @@ private slots:
         for (VerbTableModel *model : models)
             model->setSettings(m_settings.get());
 
-        auto old = queueInTheOneSlot(m_larger);
+        auto oldQueue = queueInTheOneSlot(m_larger);
+        const DatabaseQueue *queueAddress = oldQueue.get();
+        std::weak_ptr<DatabaseQueue> oldQueueAlive = oldQueue;
+        SlotRepository old = repositoryInTheOneSlot(std::move(oldQueue));
+        const VerbRepository *repositoryAddress = old.get();
         for (VerbTableModel *model : models)
-            model->setQueue(old);
-        search.prepareIndex();
+            model->setRepository(old.get());
+        old->buildSearchIndex();
         if (oldBuild != OldBuild::Running)
             QThreadPool::globalInstance()->waitForDone();
         if (oldBuild == OldBuild::HandedBack) {
             QCoreApplication::sendPostedEvents();
-            QVERIFY(SearchIndex::readyFor(old));
+            QVERIFY(old->searchIndex());
+            // The screens show rows of the old index when it goes.
+            search.search("verbo12");
+            statement.search("verbo12");
+            list.reload();
+            QCOMPARE(shown(search), shown(statement));
+            QCOMPARE(search.rowCount(), 100);
+            QCOMPARE(list.rowCount(), 505);
         }
 
-        const DatabaseQueue *address = old.get();
-        std::weak_ptr<DatabaseQueue> oldQueue = old;
-        for (VerbTableModel *model : models)
-            model->setQueue(nullptr);
         old.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY2(oldQueue.expired(), "the old queue's storage is still in use");
-        auto current = queueInTheOneSlot(m_smaller);
-        QCOMPARE(current.get(), address);
+        QVERIFY2(oldQueueAlive.expired(), "the old queue's storage is still in use");
         for (VerbTableModel *model : models)
-            model->setQueue(current);
+            QVERIFY(!model->queue());
+        auto currentQueue = queueInTheOneSlot(m_smaller);
+        QCOMPARE(currentQueue.get(), queueAddress);
+        SlotRepository current = repositoryInTheOneSlot(currentQueue);
+        QCOMPARE(current.get(), repositoryAddress);
+        for (VerbTableModel *model : models)
+            model->setRepository(current.get());
         // Whatever the old build had left to hand back arrives now.
         settleBuilds();
-        QVERIFY(!SearchIndex::readyFor(current));
+        QVERIFY(!current->searchIndex());
+        QVERIFY(!current->isBuildingSearchIndex());
 
-        QVERIFY(search.waitForIndex());
-        QVERIFY(SearchIndex::readyFor(current));
+        QVERIFY(current->waitForSearchIndex());
         for (const QString &text : {"a", "", "verbo1", "forma", "to", "mangi"}) {
             statement.search(text);
             search.search(text);
@@ -168,40 +195,76 @@ private slots:
         listStatement.reload();
         QCOMPARE(shown(list), shown(listStatement));
         QCOMPARE(list.rowCount(), 5);
+        for (VerbTableModel *model : models)
+            model->setRepository(nullptr);
     }
 
-    // The search screen goes while its build runs or while the hand-back
-    // waits: nothing runs on the screen afterwards (the sanitizer build
-    // reports any use of it), nothing is published for the queue, and the
+    // The repository goes while its build runs or while the hand-back waits:
+    // nothing runs on it afterwards (the sanitizer build reports any use of
+    // it), the screens that read it are left without a queue, and the
     // abandoned build is not logged as a failure.
-    void aBuildOutlivingItsScreenHandsNothingBack_data()
-    {
-        QTest::addColumn<OldBuild>("oldBuild");
-        QTest::newRow("running") << OldBuild::Running;
-        QTest::newRow("finished, not handed back") << OldBuild::FinishedNotHandedBack;
-    }
-    void aBuildOutlivingItsScreenHandsNothingBack()
+    void aBuildOutlivingItsRepositoryHandsNothingBack_data() { addOldBuildRows(false); }
+    void aBuildOutlivingItsRepositoryHandsNothingBack()
     {
         QFETCH(OldBuild, oldBuild);
         const QString log = logOf(m_dir);
         auto queue = std::make_shared<DatabaseQueue>(m_larger);
-        auto search = std::make_unique<SearchResultsTableViewController>();
-        search->setSettings(m_settings.get());
-        search->setQueue(queue);
-        search->prepareIndex();
+        auto repository = std::make_unique<VerbRepository>(queue, &SearchIndex::build);
+        SearchResultsTableViewController search;
+        search.setSettings(m_settings.get());
+        search.setRepository(repository.get());
+        repository->buildSearchIndex();
+        QVERIFY(repository->isBuildingSearchIndex());
         if (oldBuild == OldBuild::FinishedNotHandedBack)
             QThreadPool::globalInstance()->waitForDone();
-        search.reset();
+        repository.reset();
         settleBuilds();
-        QVERIFY(!SearchIndex::readyFor(queue));
+        QVERIFY(!search.queue());
+        search.search("verbo");
+        QCOMPARE(search.rowCount(), 0);
         QCOMPARE(logOf(m_dir), log);
 
-        // The queue itself is fine: the next screen builds and publishes.
-        SearchResultsTableViewController next;
-        next.setSettings(m_settings.get());
-        next.setQueue(queue);
-        QVERIFY(next.waitForIndex());
-        QVERIFY(SearchIndex::readyFor(queue));
+        // The queue itself is fine: the next repository builds its own.
+        VerbRepository next(queue, &SearchIndex::build);
+        search.setRepository(&next);
+        QVERIFY(next.waitForSearchIndex());
+        search.search("verbo1");
+        QCOMPARE(search.rowCount(), 500);
+    }
+
+    // The list takes the repository's index at its next reload, with no
+    // search screen anywhere: once the index is read, the list shows every
+    // verb even when its statement can no longer run.
+    void theListReadsTheIndexAsSoonAsTheRepositoryHasIt()
+    {
+        const QString path = m_dir.filePath("list-only.db");
+        QVERIFY(test::createFixtureDatabase(path));
+        auto queue = std::make_shared<DatabaseQueue>(path);
+        VerbRepository repository(queue, &SearchIndex::build);
+        VerbListTableViewController list;
+        list.setSettings(m_settings.get());
+        list.setRepository(&repository);
+        list.reload();
+        const QStringList fromStatement = shown(list);
+        QCOMPARE(fromStatement.size(), 5);
+
+        QSignalSpy ready(&repository, &VerbRepository::searchIndexReady);
+        repository.buildSearchIndex();
+        QVERIFY(ready.wait());
+        // A statement on the verb table would fail from now on.
+        queue->inDatabase([](Database &db) {
+            QVERIFY(db.executeUpdate("ALTER TABLE verb RENAME TO gone"));
+            db.close();
+        });
+        list.reload();
+        QCOMPARE(shown(list), fromStatement);
+
+        VerbListTableViewController statementOnly;
+        statementOnly.setSettings(m_settings.get());
+        statementOnly.setReadsFromIndex(false);
+        statementOnly.setRepository(&repository);
+        statementOnly.reload();
+        QCOMPARE(statementOnly.rowCount(), 0);
     }
 };
 

@@ -3,6 +3,7 @@
 #include "SearchIndex.h"
 #include "SearchResultsTableViewController.h"
 #include "VerbListTableViewController.h"
+#include "VerbRepository.h"
 #include "Settings.h"
 #include "TestSupport.h"
 
@@ -315,14 +316,13 @@ private slots:
     // and fields as its own statement, for every sort column.
     void listAnswersLikeTheStatement()
     {
-        Searches searches;
-        QVERIFY(searches.prepare(*m_settings, m_queue));
-        QVERIFY(SearchIndex::readyFor(m_queue));
+        VerbRepository repository(m_queue, &SearchIndex::build);
+        QVERIFY(repository.waitForSearchIndex());
         VerbListTableViewController fromIndex, fromStatement;
         fromStatement.setReadsFromIndex(false);
         for (auto *list : {&fromIndex, &fromStatement}) {
             list->setSettings(m_settings.get());
-            list->setQueue(m_queue);
+            list->setRepository(&repository);
         }
         auto rows = [](const VerbListTableViewController &list) {
             QStringList lines;

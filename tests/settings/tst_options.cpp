@@ -1,5 +1,4 @@
 #include "DatabaseQueue.h"
-#include "DatabaseQueueRef.h"
 #include "NotificationCenter.h"
 #include "OptionsTableViewController.h"
 #include "Settings.h"
@@ -7,6 +6,7 @@
 #include "TestSupport.h"
 #include "UserMessages.h"
 #include "Verb.h"
+#include "VerbRepository.h"
 
 #include <QAbstractItemModelTester>
 #include <QTemporaryDir>
@@ -135,9 +135,9 @@ private slots:
         QVERIFY(test::createFixtureDatabase(db, "INSERT INTO history(verbid, timestamp) VALUES (1, 10), (2, 20);"
                                                 "INSERT INTO favourite(verbid) VALUES (3);"));
         auto queue = std::make_shared<DatabaseQueue>(db);
-        // The queue as QML hands it over.
-        DatabaseQueueRef ref(queue);
-        m_controller->setQueueObject(&ref);
+        // The queue as QML hands it over, inside its repository.
+        VerbRepository repository(queue);
+        m_controller->setQueueObject(&repository);
         int refreshes = 0;
         ObserverSet observers;
         observers.add(Notifications::RefreshHistory, [&](const Notification &) { ++refreshes; });
