@@ -291,7 +291,7 @@ void benchSearch(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Se
     QElapsedTimer buildTimer;
     buildTimer.start();
     const bool indexReady = index.waitForIndex();
-    report.add(QStringLiteral("search.index.build"), milliseconds(buildTimer), QStringLiteral("ms"), {},
+    report.add(QStringLiteral("search.index.build"), milliseconds(buildTimer), QStringLiteral("ms"), Target::atMost(700),
                QStringLiteral("in the background after launch"));
     if (!indexReady)
         report.fail(QStringLiteral("the search index could not be built: the index figures would be the statement's"));
@@ -746,9 +746,9 @@ void benchLaunch(Report &report, const QString &app, const QString &master, cons
         warm << run.lineMs;
     }
     const QString note = QStringLiteral("%1 launches").arg(warm.size());
-    report.add(QStringLiteral("start.warm.p50"), percentile(warm, 0.5), QStringLiteral("ms"), Target::atMost(500),
+    report.add(QStringLiteral("start.warm.p50"), percentile(warm, 0.5), QStringLiteral("ms"), Target::atMost(250),
                note);
-    report.add(QStringLiteral("start.warm.max"), percentile(warm, 1.0), QStringLiteral("ms"), Target::atMost(500),
+    report.add(QStringLiteral("start.warm.max"), percentile(warm, 1.0), QStringLiteral("ms"), Target::atMost(250),
                note);
 }
 
@@ -766,7 +766,7 @@ void benchMemory(Report &report, const QString &app, const QString &master, cons
         report.fail(QStringLiteral("browsing did not report its peak memory: ") + run.output.left(2000));
         return;
     }
-    report.add(QStringLiteral("memory.peak"), kilobytes / 1024.0, QStringLiteral("MB"), Target::atMost(150),
+    report.add(QStringLiteral("memory.peak"), kilobytes / 1024.0, QStringLiteral("MB"), Target::atMost(100),
                QStringLiteral("VmHWM after opening %1 verbs, %2 s").arg(verbs).arg(run.lineMs / 1000.0, 0, 'f', 1));
 }
 

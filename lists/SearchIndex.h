@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace norvella {
@@ -103,49 +104,49 @@ public:
     static bool like(const char *loweredPattern, const char *loweredText);
 
 private:
-    // Many NUL-terminated texts in one buffer, grouped by verb, with two ways
-    // to find candidates without reading them all: the texts in byte order
-    // (for a pattern that starts with plain text) and, for every run of one
-    // to three bytes, the verbs whose texts contain it (for text anywhere).
+    // NUL-terminated texts, ASCII-lower-cased, in one buffer, each verb's
+    // texts side by side: no per-text offsets, a text ends at its NUL and the
+    // verb's block at the next verb's start.
     struct Pool
     {
         QByteArray bytes;
-        std::vector<quint32> start;       // per text
-        std::vector<quint32> owner;       // per text: verb position
-        std::vector<quint32> firstOfVerb; // per verb, plus one past the end
-        std::vector<bool> isNull;         // per text; NULL never matches
-        std::vector<quint32> sorted;      // text numbers in byte order
-        std::vector<quint32> gramKeys;    // sorted
-        std::vector<quint32> gramStart;   // per key, plus one past the end
-        std::vector<quint32> gramVerbs;   // verb positions, ascending per key
+        std::vector<quint32> verbStart; // per verb, plus one past the end
+        std::vector<bool> isNull;       // per verb, where a verb has one text; NULL never matches
+        // For every run of one to three bytes (and, apart, for every text's
+        // first one to three bytes) the verbs whose texts hold it: ascending
+        // verb positions as variable-length gaps. Only the forms have them;
+        // a column is small enough to search whole.
+        std::vector<quint32> gramKeys;  // sorted
+        std::vector<quint32> gramStart; // per key: offset in gramVerbs, plus the end
+        std::vector<quint32> gramCount; // per key: how many verbs
+        QByteArray gramVerbs;
 
-        void append(quint32 verb, const char *text, int length, bool null);
+        void append(const char *text, int length);
         // Marks where the texts of every verb up to this one begin.
         void closeVerb(quint32 verb);
-        // Builds the two lookups once every text is in; false when `cancel`
+        // Builds the n-gram lists once every text is in; false when `cancel`
         // is set on the way.
-        bool finish(const std::atomic_bool *cancel);
-        const char *text(quint32 number) const { return bytes.constData() + start[number]; }
-        // Verbs with a text containing every byte of `literal` in n-gram
-        // terms: a superset of those containing `literal` itself.
-        std::vector<quint32> verbsContaining(const QByteArray &literal) const;
+        bool buildGrams(const std::atomic_bool *cancel);
+        // Verbs whose texts hold every n-gram of `literal` (and, with a
+        // `prefix`, a text starting with its first bytes): a superset of those
+        // with a text that does.
+        std::vector<quint32> candidates(const QByteArray &literal, const QByteArray &prefix) const;
     };
 
-    // The fields a search result carries, kept compact: a full Verb is
-    // mostly empty form lists, and copying those per row is what a broad
-    // search would spend its time on.
-    struct VerbRecord
+    // The verb table's texts as read, one buffer for all: search results and
+    // list rows make their records from it when they are shown.
+    struct Texts
     {
-        qint64 id = 0;
-        bool voiceAvailable = false;
-        // `loweredItalian` is what search results show; the list shows `italian`.
-        QString loweredItalian, italian, english, german, french, spanish, dutch, portuguese;
-        QString simplifiedItalian, simplifiedGerman, simplifiedFrench, simplifiedSpanish, simplifiedDutch,
-                simplifiedPortuguese;
+        QByteArray bytes;
+        std::vector<quint32> start{0}; // per verb and column, plus the end
+        std::vector<bool> isNull;      // per verb and column
+
+        void append(const char *text, int length);
+        std::string_view at(quint32 position, Column column) const;
+        bool null(quint32 position, Column column) const { return isNull[position * ColumnCount + column]; }
     };
-    // The record's text for each column, by the column's position.
-    static const QString VerbRecord::*const recordText[ColumnCount];
-    static VerbPtr makeVerb(const VerbRecord &record, const Hit &hit);
+    QString text(quint32 position, Column column) const;
+    VerbPtr makeVerb(const Hit &hit) const;
     void appendRows(const std::vector<quint32> &order, const std::vector<char> *matched,
                     const std::vector<Favourite> &favourites, bool grouped, std::vector<Hit> &hits) const;
 
@@ -161,7 +162,9 @@ private:
     };
     static void matchPool(const Pool &pool, const Pattern &pattern, std::vector<char> &matched);
 
-    std::vector<VerbRecord> m_verbs;
+    std::vector<qint64> m_ids; // ascending, as the verb table's rowids
+    std::vector<bool> m_voiceAvailable;
+    Texts m_texts;
     std::array<Pool, ColumnCount> m_columns;
     Pool m_forms;
     // Verb positions in ORDER BY order for each column; ties keep table order.
