@@ -130,10 +130,7 @@ Page {
         function onOpenSettings() { options.open() }
         function onOpenMoreApps() { moreApps.open() }
         function onComposeSupportMail() { supportMail.sendEmail() }
-        function onOpenPrivacyPage() {
-            if (!Qt.openUrlExternally(drawer.controller.privacyAddress))
-                linkFailed.open()
-        }
+        function onOpenPrivacyPage() { LinkOpener.openLink(drawer.controller.privacyAddress) }
     }
 
     OptionsTableView {
@@ -157,29 +154,6 @@ Page {
             id: moreAppsView
             anchors.fill: parent
             onClosed: moreApps.close()
-        }
-
-        Connections {
-            target: moreAppsView.controller
-            function onOpenFailed() { linkFailed.open() }
-        }
-    }
-
-    // Links leave the app; without a browser the tap would otherwise do nothing.
-    Dialog {
-        id: linkFailed
-        parent: Overlay.overlay
-        x: parent ? Math.round((parent.width - width) / 2) : 0
-        y: parent ? Math.round((parent.height - height) / 2) : 0
-        width: parent ? Math.min(parent.width - 48, 360) : 320
-        modal: true
-        standardButtons: Dialog.Ok
-
-        Label {
-            width: linkFailed.availableWidth
-            text: L10n.text("common.link_failed")
-            color: Theme.text
-            wrapMode: Text.WordWrap
         }
     }
 

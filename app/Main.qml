@@ -95,6 +95,9 @@ ApplicationWindow {
 
     ShareSheet { id: share }
 
+    // Any link of the app that no program on the system took.
+    LinkFailedDialog {}
+
     MessageBar {
         id: messageBar
         objectName: "messageBar"

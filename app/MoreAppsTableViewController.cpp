@@ -1,8 +1,8 @@
 #include "MoreAppsTableViewController.h"
 
 #include "Analytics.h"
+#include "LinkOpener.h"
 
-#include <QDesktopServices>
 #include <QLocale>
 #include <QUrl>
 
@@ -10,10 +10,7 @@ namespace norvella {
 
 MoreAppsTableViewController::MoreAppsTableViewController(QObject *parent)
     : QAbstractListModel(parent),
-      m_opener([this](const QUrl &url) {
-          if (!QDesktopServices::openUrl(url))
-              emit openFailed(url);
-      }),
+      m_opener([](const QUrl &url) { LinkOpener::openOrReport(url, LinkOpener::linkFailedText()); }),
       m_countryCode(QLocale::territoryToCode(QLocale::system().territory()))
 {
     // The catalogue comes with the app; the screen that opens the list may replace it.

@@ -42,8 +42,6 @@ public:
 
 signals:
     void closeRequested();
-    // The system had nothing to open the store page with.
-    void openFailed(const QUrl &url);
 
 private:
     QList<Product> m_otherApps;

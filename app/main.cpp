@@ -156,7 +156,7 @@ int main(int argc, char **argv)
     QGuiApplication::setOrganizationName(QStringLiteral("Norvella"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Norvella"));
     QGuiApplication::setApplicationVersion(QStringLiteral(NORVELLA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("norvella"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.quorbel.Norvella"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Italian verb conjugation reference"));

@@ -3,7 +3,8 @@ import QtQuick.Controls
 import Norvella.Export
 import Norvella.Resources
 
-// Shows the support mail's alerts: a title, a message and one OK button.
+// Shows the support mail's alerts: a title, a message, the address to copy
+// when the mail could not be written, and one OK button.
 Dialog {
     id: alert
 
@@ -17,11 +18,22 @@ Dialog {
     title: sender ? sender.alertTitle : ""
     background: Rectangle { radius: 12; color: Theme.background }
 
-    Label {
+    Column {
         width: alert.availableWidth
-        text: alert.sender ? alert.sender.alertMessage : ""
-        color: Theme.text
-        wrapMode: Text.WordWrap
+        spacing: 12
+
+        Label {
+            width: parent.width
+            text: alert.sender ? alert.sender.alertMessage : ""
+            color: Theme.text
+            wrapMode: Text.WordWrap
+        }
+
+        CopyableAddress {
+            visible: address.length > 0
+            width: parent.width
+            address: alert.sender ? alert.sender.alertAddress : ""
+        }
     }
 
     footer: Item {

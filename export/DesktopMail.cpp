@@ -1,7 +1,7 @@
 #include "DesktopMail.h"
 
-#include <QDesktopServices>
-#include <QProcess>
+#include "LinkOpener.h"
+
 #include <QStandardPaths>
 
 namespace norvella {
@@ -11,24 +11,9 @@ DesktopMail::Platform DesktopMail::systemPlatform()
     Platform p;
     p.findMailCommand = [] { return QStandardPaths::findExecutable(QStringLiteral("xdg-email")); };
     p.run = [](const QString &program, const QStringList &arguments, std::function<void(bool)> done) {
-        auto *process = new QProcess;
-        process->setProgram(program);
-        process->setArguments(arguments);
-        // Some clients keep the helper running until the compose window closes;
-        // the app never waits for that on its own thread.
-        QObject::connect(process, &QProcess::finished, process, [process, done](int code, QProcess::ExitStatus status) {
-            done(status == QProcess::NormalExit && code == 0);
-            process->deleteLater();
-        });
-        QObject::connect(process, &QProcess::errorOccurred, process, [process, done](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart) {
-                done(false);
-                process->deleteLater();
-            }
-        });
-        process->start();
+        LinkOpener::runHelper(program, arguments, std::move(done));
     };
-    p.openUrl = [](const QUrl &url) { return QDesktopServices::openUrl(url); };
+    p.openUrl = [](const QUrl &url, std::function<void(bool)> done) { LinkOpener::openWithSystem(url, std::move(done)); };
     return p;
 }
 
@@ -65,7 +50,11 @@ void DesktopMail::compose(const Message &message, std::function<void(Result)> do
     const Platform &p = platform();
     auto viaUrl = [message, done] {
         const QUrl url = mailtoUrl(message);
-        done(url.isValid() && platform().openUrl(url) ? Result::Saved : Result::Failed);
+        if (!url.isValid()) {
+            done(Result::Failed);
+            return;
+        }
+        platform().openUrl(url, [done](bool opened) { done(opened ? Result::Saved : Result::Failed); });
     };
     const QString command = p.findMailCommand ? p.findMailCommand() : QString();
     if (command.isEmpty()) {

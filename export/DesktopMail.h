@@ -33,7 +33,9 @@ public:
         std::function<QString()> findMailCommand;
         // Starts a program; `done` is called with whether it ended successfully.
         std::function<void(const QString &program, const QStringList &arguments, std::function<void(bool)> done)> run;
-        std::function<bool(const QUrl &)> openUrl;
+        // Hands an address to the system; `done` is called with whether a
+        // program took it (not merely whether a helper could be started).
+        std::function<void(const QUrl &, std::function<void(bool)> done)> openUrl;
     };
     static Platform &platform();
     static Platform systemPlatform();

@@ -122,6 +122,16 @@ Popup {
             }
 
             Button {
+                visible: shareController.statusCopyText.length > 0
+                flat: true
+                implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
+                text: shareController.copyText
+                palette.windowText: Theme.primary
+                Accessible.name: text
+                onClicked: shareController.copyStatusText()
+            }
+
+            Button {
                 flat: true
                 implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
                 text: shareController.closeText

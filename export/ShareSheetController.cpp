@@ -1,13 +1,13 @@
 #include "ShareSheetController.h"
 
 #include "CrashLog.h"
+#include "LinkOpener.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbExport.h"
 #include "VerbRef.h"
 
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -215,8 +215,10 @@ bool ShareSheetController::sendMail()
         if (!self)
             return;
         const bool ok = result != DesktopMail::Result::Failed;
-        self->setStatus(Strings::text(ok ? QStringLiteral("export.share.mail_opened")
-                                         : QStringLiteral("export.share.mail_unavailable")));
+        if (ok)
+            self->setStatus(Strings::text(QStringLiteral("export.share.mail_opened")));
+        else
+            self->setStatus(Strings::text(QStringLiteral("export.share.mail_unavailable")), {}, self->m_text);
         emit self->finished(Mail, ok);
     });
     return true;
@@ -225,13 +227,25 @@ bool ShareSheetController::sendMail()
 void ShareSheetController::openLastSavedFile()
 {
     if (!m_lastSavedPath.isEmpty())
-        DesktopMail::platform().openUrl(QUrl::fromLocalFile(m_lastSavedPath));
+        LinkOpener::openOrReport(QUrl::fromLocalFile(m_lastSavedPath), Strings::text(QStringLiteral("export.share.open_failed")));
 }
 
-void ShareSheetController::setStatus(const QString &message, const QString &savedPath)
+void ShareSheetController::copyStatusText() const
+{
+    if (!m_statusCopyText.isEmpty())
+        LinkOpener::copyText(m_statusCopyText);
+}
+
+QString ShareSheetController::copyText() const
+{
+    return Strings::text(QStringLiteral("common.copy"));
+}
+
+void ShareSheetController::setStatus(const QString &message, const QString &savedPath, const QString &copyText)
 {
     m_statusMessage = message;
     m_lastSavedPath = savedPath;
+    m_statusCopyText = copyText;
     emit statusChanged();
 }
 

@@ -26,6 +26,9 @@ class ShareSheetController : public QObject
     Q_PROPERTY(QString saveFolder READ saveFolder WRITE setSaveFolder NOTIFY saveFolderChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusChanged)
     Q_PROPERTY(QString lastSavedPath READ lastSavedPath NOTIFY statusChanged)
+    // What the status offers to copy: the conjugation when no mail app took it.
+    Q_PROPERTY(QString statusCopyText READ statusCopyText NOTIFY statusChanged)
+    Q_PROPERTY(QString copyText READ copyText CONSTANT)
     Q_PROPERTY(QString closeText READ closeText CONSTANT)
     Q_PROPERTY(QString openFileText READ openFileText CONSTANT)
 
@@ -56,6 +59,8 @@ public:
     void setSaveFolder(const QString &folder);
     QString statusMessage() const { return m_statusMessage; }
     QString lastSavedPath() const { return m_lastSavedPath; }
+    QString statusCopyText() const { return m_statusCopyText; }
+    QString copyText() const;
     QString closeText() const;
     QString openFileText() const;
 
@@ -68,6 +73,7 @@ public:
     // Runs one activity; false when it is excluded, unknown or failed.
     Q_INVOKABLE bool perform(const QString &type);
     Q_INVOKABLE void openLastSavedFile();
+    Q_INVOKABLE void copyStatusText() const;
 
     // "essere.html": the verb's name made safe for any file system.
     QString fileName(const QString &extension) const;
@@ -84,7 +90,7 @@ private:
     bool saveFile(const QString &extension, const QByteArray &contents);
     bool savePdfFile();
     bool sendMail();
-    void setStatus(const QString &message, const QString &savedPath = {});
+    void setStatus(const QString &message, const QString &savedPath = {}, const QString &copyText = {});
 
     const Settings *m_settings = nullptr;
     QString m_verbName;
@@ -94,6 +100,7 @@ private:
     QString m_saveFolder;
     QString m_statusMessage;
     QString m_lastSavedPath;
+    QString m_statusCopyText;
 };
 
 } // namespace norvella

@@ -59,14 +59,39 @@ QString machineKind()
 #endif
 }
 
-QString machineIdentifier()
+// Firmware fills these fields with such words when the maker left them blank.
+bool isPlaceholder(const QString &value)
 {
-    for (const char *path : {"/sys/class/dmi/id/product_name", "/sys/firmware/devicetree/base/model"}) {
-        const QString value = firstLine(QString::fromLatin1(path));
-        if (!value.isEmpty())
+    static const QStringList placeholders{
+            QStringLiteral("To Be Filled By O.E.M."), QStringLiteral("To be filled by O.E.M."),
+            QStringLiteral("System Product Name"), QStringLiteral("Default string"), QStringLiteral("Not Applicable"),
+            QStringLiteral("Not Specified"), QStringLiteral("None"), QStringLiteral("O.E.M."), QStringLiteral("0123456789")};
+    return value.isEmpty() || placeholders.contains(value, Qt::CaseInsensitive);
+}
+
+} // namespace
+
+// The machine's model as its maker names it, as hw.machine names a phone's:
+// the firmware's product name, the board's name, or a phone's device-tree
+// model. The host name is the user's, not the hardware's; without any model
+// (a container, a virtual machine without firmware tables) the processor
+// architecture is what the system still knows about the hardware.
+QString SupportEmailSender::Environment::hardwareIdentifierFrom(const QString &systemFolder,
+                                                                const QString &architecture)
+{
+    for (const char *path : {"/class/dmi/id/product_name", "/class/dmi/id/board_name", "/firmware/devicetree/base/model"}) {
+        const QString value = firstLine(systemFolder + QString::fromLatin1(path));
+        if (!isPlaceholder(value))
             return value;
     }
-    return {};
+    return architecture;
+}
+
+namespace {
+QString machineIdentifier()
+{
+    return SupportEmailSender::Environment::hardwareIdentifierFrom(QStringLiteral("/sys"),
+                                                                  QSysInfo::currentCpuArchitecture());
 }
 
 } // namespace
@@ -204,11 +229,19 @@ void SupportEmailSender::sendEmail()
 void SupportEmailSender::openContactPageOrAlert()
 {
     const QUrl url(BuildInfo::contactUrl(), QUrl::StrictMode);
-    if (url.isValid() && !url.scheme().isEmpty() && DesktopMail::platform().openUrl(url)) {
-        emit contactPageOpened(url);
+    if (!url.isValid() || url.scheme().isEmpty()) {
+        showErrorAlert();
         return;
     }
-    showErrorAlert();
+    QPointer<SupportEmailSender> self(this);
+    DesktopMail::platform().openUrl(url, [self, url](bool opened) {
+        if (!self)
+            return;
+        if (opened)
+            emit self->contactPageOpened(url);
+        else
+            self->showErrorAlert();
+    });
 }
 
 void SupportEmailSender::mailComposeFinished(int result)
@@ -230,15 +263,18 @@ void SupportEmailSender::mailComposeFinished(int result)
 
 void SupportEmailSender::showErrorAlert()
 {
-    showAlert(Strings::text(QStringLiteral("export.email.error")), Strings::text(QStringLiteral("export.email.message")));
+    // The address goes with the alert, so the user can write from elsewhere.
+    showAlert(Strings::text(QStringLiteral("export.email.error")), Strings::text(QStringLiteral("export.email.message")),
+              recipient());
 }
 
-void SupportEmailSender::showAlert(const QString &title, const QString &message)
+void SupportEmailSender::showAlert(const QString &title, const QString &message, const QString &address)
 {
     if (!m_sender || m_composerPresented)
         return;
     m_alertTitle = title;
     m_alertMessage = message;
+    m_alertAddress = address;
     emit alertChanged();
     emit alertRequested(title, message);
 }

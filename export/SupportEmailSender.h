@@ -20,6 +20,9 @@ class SupportEmailSender : public QObject
     Q_PROPERTY(QObject *sender READ sender WRITE setSender NOTIFY senderChanged)
     Q_PROPERTY(QString alertTitle READ alertTitle NOTIFY alertChanged)
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertChanged)
+    // An address the alert offers to copy (the support address when no mail
+    // could be written); empty for the other alerts.
+    Q_PROPERTY(QString alertAddress READ alertAddress NOTIFY alertChanged)
     Q_PROPERTY(QString alertButton READ alertButton CONSTANT)
     Q_PROPERTY(bool composerPresented READ composerPresented NOTIFY composerPresentedChanged)
     // A mail about one thing (a mistake in a table) says so: the topic goes
@@ -39,6 +42,9 @@ public:
         QString buildVersion;
 
         static Environment current();
+        // The model read under `systemFolder` (the sysfs root, "/sys"), or
+        // `architecture` when the machine names none.
+        static QString hardwareIdentifierFrom(const QString &systemFolder, const QString &architecture);
     };
 
     explicit SupportEmailSender(QObject *parent = nullptr);
@@ -48,6 +54,7 @@ public:
     void setSender(QObject *sender);
     QString alertTitle() const { return m_alertTitle; }
     QString alertMessage() const { return m_alertMessage; }
+    QString alertAddress() const { return m_alertAddress; }
     QString alertButton() const;
     bool composerPresented() const { return m_composerPresented; }
     QString topic() const { return m_topic; }
@@ -83,7 +90,7 @@ signals:
     void contactPageOpened(const QUrl &url);
 
 private:
-    void showAlert(const QString &title, const QString &message);
+    void showAlert(const QString &title, const QString &message, const QString &address = {});
     void showErrorAlert();
     void setComposerPresented(bool presented);
     void openContactPageOrAlert();
@@ -91,6 +98,7 @@ private:
     QPointer<QObject> m_sender;
     QString m_alertTitle;
     QString m_alertMessage;
+    QString m_alertAddress;
     bool m_composerPresented = false;
     QString m_topic;
     QString m_details;

@@ -4,7 +4,7 @@ import Norvella.Resources
 import Norvella.Settings
 
 // Below the settings: the app's icon and title, the about line, the maker's
-// web site and the support mail button.
+// web site, the support mail button and the credits the data's licence asks for.
 Control {
     id: about
 
@@ -96,6 +96,28 @@ Control {
         Accessible.name: about.controller.supportEmail
         onClicked: about.controller.sendSupportEmail()
         palette.windowText: Theme.primary
+    }
+
+    Label {
+        objectName: "creditsTitle"
+        width: Math.min(about.width - 32, 480)
+        anchors.horizontalCenter: parent.horizontalCenter
+        topPadding: 12
+        text: about.controller.creditsTitle
+        color: Theme.text
+        font.bold: true
+        wrapMode: Text.WordWrap
+        Accessible.role: Accessible.Heading
+    }
+
+    Label {
+        objectName: "credits"
+        width: Math.min(about.width - 32, 480)
+        anchors.horizontalCenter: parent.horizontalCenter
+        text: about.controller.credits
+        color: Theme.secondaryText
+        font.pointSize: about.font.pointSize * 0.85
+        wrapMode: Text.WordWrap
     }
     }
 }

@@ -3,6 +3,7 @@
 #include "BuildInfo.h"
 #include "CrashLog.h"
 #include "DesktopMail.h"
+#include "LinkOpener.h"
 #include "NotificationCenter.h"
 #include "OptionsText.h"
 #include "Settings.h"
@@ -243,6 +244,8 @@ void OptionsTableViewController::setSettings(Settings *settings)
 QString OptionsTableViewController::title() const { return Strings::text(QStringLiteral("settings")); }
 QString OptionsTableViewController::appTitle() const { return Strings::text(QStringLiteral("app.title")); }
 QString OptionsTableViewController::copyright() const { return Strings::text(QStringLiteral("settings.copyright")); }
+QString OptionsTableViewController::creditsTitle() const { return Strings::text(QStringLiteral("settings.credits.title")); }
+QString OptionsTableViewController::credits() const { return Strings::text(QStringLiteral("settings.credits")); }
 QString OptionsTableViewController::webUrl() const { return BuildInfo::webUrl(); }
 QString OptionsTableViewController::supportEmail() const { return Strings::text(QStringLiteral("support.email")); }
 QString OptionsTableViewController::doneText() const { return Strings::text(QStringLiteral("common.done")); }
@@ -397,9 +400,7 @@ void OptionsTableViewController::didDismiss()
 
 void OptionsTableViewController::openWebsite()
 {
-    const QUrl url(webUrl(), QUrl::StrictMode);
-    if (url.isValid() && !url.scheme().isEmpty())
-        DesktopMail::platform().openUrl(url);
+    LinkOpener::openOrReport(QUrl(webUrl(), QUrl::StrictMode), LinkOpener::linkFailedText());
 }
 
 void OptionsTableViewController::sendSupportEmail()

@@ -31,6 +31,9 @@ class OptionsTableViewController : public QAbstractListModel
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(QString appTitle READ appTitle CONSTANT)
     Q_PROPERTY(QString copyright READ copyright CONSTANT)
+    // The verb data's attribution and every licence it and the app carry.
+    Q_PROPERTY(QString creditsTitle READ creditsTitle CONSTANT)
+    Q_PROPERTY(QString credits READ credits CONSTANT)
     Q_PROPERTY(QString webUrl READ webUrl CONSTANT)
     Q_PROPERTY(QString supportEmail READ supportEmail CONSTANT)
     Q_PROPERTY(QString doneText READ doneText CONSTANT)
@@ -91,6 +94,8 @@ public:
     QString title() const;
     QString appTitle() const;
     QString copyright() const;
+    QString creditsTitle() const;
+    QString credits() const;
     QString webUrl() const;
     QString supportEmail() const;
     QString doneText() const;

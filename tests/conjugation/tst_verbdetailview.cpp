@@ -178,7 +178,7 @@ private slots:
             runs.append(QStringList{program} + arguments);
             done(true);
         };
-        fake.openUrl = [](const QUrl &) { return false; };
+        fake.openUrl = [](const QUrl &, std::function<void(bool)> done) { done(false); };
         DesktopMail::platform() = fake;
         click(button(QStringLiteral("Report a mistake")));
         DesktopMail::platform() = system;

@@ -61,9 +61,9 @@ struct FakeDesktop
             runs.append(QStringList{program} + arguments);
             done(commandSucceeds);
         };
-        p.openUrl = [this](const QUrl &url) {
+        p.openUrl = [this](const QUrl &url, std::function<void(bool)> done) {
             openedUrls.append(url);
-            return openUrlSucceeds;
+            done(openUrlSucceeds);
         };
         DesktopMail::platform() = p;
     }
@@ -184,12 +184,18 @@ private slots:
         QCOMPARE(arguments.at(arguments.indexOf("--body") + 1), sheet.text());
         QCOMPARE(read(arguments.at(arguments.indexOf("--attach") + 1)), QByteArray("<p>essere</p>"));
 
-        // No client at all: the sheet says so.
+        QVERIFY(sheet.statusCopyText().isEmpty());
+
+        // No client at all: the sheet says so and offers the text to copy.
         m_desktop.mailCommand.clear();
         m_desktop.openUrlSucceeds = false;
         QVERIFY(sheet.perform("mail"));
         QCOMPARE(finished.last().at(1).toBool(), false);
         QCOMPARE(sheet.statusMessage(), Strings::text("export.share.mail_unavailable"));
+        QCOMPARE(sheet.statusCopyText(), sheet.text());
+        QGuiApplication::clipboard()->clear();
+        sheet.copyStatusText();
+        QCOMPARE(QGuiApplication::clipboard()->text(), sheet.text());
     }
 
     void bodyAndItsPlainText()
@@ -200,7 +206,7 @@ private slots:
         QCOMPARE(SupportEmailSender::plainTextBody(html),
                  QStringLiteral("\n\n\n----------\nApp: Norvella\nDevice: Laptop (ThinkPad X13)\n"
                                 "iOS: Debian GNU/Linux 12 (bookworm)\nApp: 1.2.0 (42)"));
-        // Gaps: an unknown machine, and no version line at all without a build number.
+        // Gaps: a machine that names no model, and no version line at all without a build number.
         auto gaps = environment();
         gaps.hardwareIdentifier.clear();
         gaps.buildVersion.clear();
@@ -241,9 +247,13 @@ private slots:
         QCOMPARE(alerts.count(), 1);
         QCOMPARE(alerts.first().at(0).toString(), Strings::text("export.email.error"));
         QCOMPARE(sender.alertMessage(), Strings::text("export.email.message"));
+        // The alert gives the support address to write from elsewhere.
+        QCOMPARE(sender.alertAddress(), Strings::text("support.email"));
 
         // When the system takes the contact page, the user sees the page and no alert.
-        DesktopMail::platform().openUrl = [](const QUrl &url) { return url.scheme() != "mailto"; };
+        DesktopMail::platform().openUrl = [](const QUrl &url, std::function<void(bool)> done) {
+            done(url.scheme() != "mailto");
+        };
         sender.sendEmail();
         QCOMPARE(contact.count(), 1);
         QCOMPARE(alerts.count(), 1);
