@@ -2,6 +2,7 @@
 // resources/verbs. Malformed or inconsistent sources stop the build with a message.
 
 #include "FormRules.h"
+#include "IrregularMarks.h"
 #include "MasterWriter.h"
 #include "Paradigm.h"
 #include "Report.h"
@@ -50,11 +51,13 @@ int main(int argc, char *argv[])
         const QString schemaSql = QString::fromUtf8(schema.readAll());
 
         Sources sources = readSources(folder);
-        const RuleReport rules = applyFormRules(readFormRules(folder), sources);
+        const FormRules formRules = readFormRules(folder);
+        const RuleReport rules = applyFormRules(formRules, sources);
         const Entries entries = buildEntries(sources);
+        const IrregularMarks marks = markIrregular(entries, sources, formRules);
         const TranslationPlan translations = planTranslations(entries, sources);
         QDir().mkpath(QFileInfo(output).absolutePath());
-        writeMaster(partial, schemaSql, entries, translations.byVerb);
+        writeMaster(partial, schemaSql, entries, translations.byVerb, marks);
         QFile::remove(output);
         if (!QFile::rename(partial, output))
             throw std::runtime_error("cannot rename " + partial.toStdString() + " to " + output.toStdString());
@@ -63,6 +66,7 @@ int main(int argc, char *argv[])
         out << "norvella-builddb: wrote " << output << '\n';
         printReport(out, entries, sources, rules, translations, readFrequencyList(parser.value(frequencyOption)),
                     output);
+        printIrregular(out, marks);
     } catch (const std::exception &error) {
         // A stale master must not survive a failed build: tests would check old data.
         QFile::remove(partial);
