@@ -1,4 +1,5 @@
 #include "Analytics.h"
+#include "CommandLineQuery.h"
 #include "AppDelegate.h"
 #include "ConjugationServices.h"
 #include "CrashLog.h"
@@ -146,6 +147,9 @@ int main(int argc, char **argv)
 {
     QElapsedTimer sinceStart;
     sinceStart.start();
+    // --analyse and --conjugate print and exit before any window or user data exists.
+    if (const int status = runCommandLineQuery(argc, argv); status >= 0)
+        return status;
     // Offscreen rendering has to be chosen before the application object exists.
     if (wantsScreenshot(argc, argv)) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -196,8 +200,15 @@ int main(int argc, char **argv)
             QStringLiteral("Open this many verbs one after another the way --open does, let each draw, print "
                            "\"peak-rss <kB> kB\" (VmHWM) and exit."),
             QStringLiteral("count"));
+    // Handled by runCommandLineQuery above; listed here for --help.
+    const QCommandLineOption analyseOption(QStringLiteral("analyse"),
+                                           QStringLiteral("Print every reading of a conjugated form and exit."),
+                                           QStringLiteral("text"));
+    const QCommandLineOption conjugateOption(QStringLiteral("conjugate"),
+                                             QStringLiteral("Print a verb's conjugation, irregular forms starred, and exit."),
+                                             QStringLiteral("verb"));
     parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption,
-                       showOption, firstFrameOption, browseOption});
+                       showOption, firstFrameOption, browseOption, analyseOption, conjugateOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);

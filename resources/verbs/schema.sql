@@ -22,7 +22,11 @@ CREATE TABLE verb (
     simplified_portuguese TEXT,
     turkish               TEXT,
     simplified_turkish    TEXT,
-    voice_available       INTEGER NOT NULL DEFAULT 0
+    voice_available       INTEGER NOT NULL DEFAULT 0,
+    -- "are", "ere", "ire", "isc" (-ire with -isc-) for a verb with no irregular form,
+    -- else "irregular"; model_id is then the verb it conjugates like, if any.
+    pattern               TEXT,
+    model_id              INTEGER
 );
 
 -- Most of the file is forms, and the app reads them a verb at a time in conj_order:
@@ -37,6 +41,9 @@ CREATE TABLE conjugation (
     conjugation_type_id INTEGER NOT NULL,
     conj_order          INTEGER NOT NULL CHECK (conj_order BETWEEN 1 AND 99),
     voice_file          TEXT,
+    -- Bit n set: the n-th form of the cell ("devo / debbo") departs from the regular
+    -- paradigm of the verb's class. 0 for a regular form.
+    irregular           INTEGER NOT NULL DEFAULT 0,
     PRIMARY KEY (verbid, conj_order)
 ) WITHOUT ROWID;
 

@@ -97,7 +97,7 @@ void insertPronouns(Connection &db)
 } // namespace
 
 void writeMaster(const QString &path, const QString &schemaSql, const Entries &entries,
-                 const QHash<QString, Translation> &translations)
+                 const QHash<QString, Translation> &translations, const IrregularMarks &marks)
 {
     QFile::remove(path);
     Connection db(path);
@@ -109,13 +109,16 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
 
     Statement verb(db, "INSERT INTO verb(_id, italian, simplified_italian, english, german, simplified_german,"
                        " french, simplified_french, spanish, simplified_spanish, dutch, simplified_dutch,"
-                       " portuguese, simplified_portuguese, turkish, simplified_turkish, voice_available)"
-                       " VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,0)");
+                       " portuguese, simplified_portuguese, turkish, simplified_turkish, voice_available, pattern, model_id)"
+                       " VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,0,?,?)");
     // _id is a generated column: the schema derives it from verbid and conj_order.
     Statement form(db, "INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order,"
-                       " voice_file) VALUES(?,?,?,?,?,NULL)");
+                       " voice_file, irregular) VALUES(?,?,?,?,?,NULL,?)");
     Statement usage(db, "INSERT INTO verb_usage(verbid, third_person, auxiliary_note, auxiliary_examples,"
                         " also_spelled, homograph) VALUES(?,?,?,?,?,?)");
+    QHash<QString, qint64> idOf;
+    for (const Entry &entry : entries.verbs)
+        idOf.insert(entry.italian, entry.id);
     for (const Entry &entry : entries.verbs) {
         const qint64 id = entry.id;
         if (!entry.usage.isEmpty()) {
@@ -139,8 +142,15 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
             verb.bind(3 + 2 * language, text);
             verb.bind(4 + 2 * language, text.isNull() ? QString() : fold(text));
         }
+        const VerbPattern pattern = marks.verbs.value(entry.italian);
+        verb.bind(17, pattern.pattern);
+        if (idOf.contains(pattern.model))
+            verb.bind(18, idOf.value(pattern.model));
+        else
+            verb.bindNull(18);
         verb.run();
 
+        const QList<quint8> irregular = marks.rows.value(entry.italian);
         int order = 0;
         for (const FormRow &row : entry.rows) {
             form.bind(1, id);
@@ -150,6 +160,7 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
                 form.bindNull(2);
             form.bind(3, row.text);
             form.bind(4, qint64(row.type));
+            form.bind(6, qint64(order < irregular.size() ? irregular[order] : 0));
             form.bind(5, qint64(++order));
             form.run();
         }

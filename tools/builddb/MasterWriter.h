@@ -2,6 +2,7 @@
 
 // Writes the master database: schema, pronouns, verbs with translations, forms.
 
+#include "IrregularMarks.h"
 #include "Paradigm.h"
 #include "Sources.h"
 
@@ -10,4 +11,4 @@
 
 // Throws SourceError (bad sources) or std::runtime_error (SQLite failures).
 void writeMaster(const QString &path, const QString &schemaSql, const Entries &entries,
-                 const QHash<QString, Translation> &translations);
+                 const QHash<QString, Translation> &translations, const IrregularMarks &marks);

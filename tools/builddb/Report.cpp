@@ -199,3 +199,14 @@ void printReport(QTextStream &out, const Entries &entries, const Sources &source
     out << "size: " << QLocale(QLocale::English).toString(size) << " bytes ("
         << QString::number(size / 1048576.0, 'f', 1) << " MiB)\n";
 }
+
+void printIrregular(QTextStream &out, const IrregularMarks &marks)
+{
+    out << "irregular forms (against the regular paradigm of each class): " << marks.irregularRows << " of "
+        << marks.rowCount << " forms (" << percent(marks.irregularRows, marks.rowCount) << ")\n";
+    const auto count = [&](const char *key) { return marks.verbsByPattern.value(QLatin1String(key)); };
+    out << "  regular verbs: " << count("are") << " -are, " << count("ere") << " -ere, " << count("ire") << " -ire, "
+        << count("isc") << " -ire with -isc-\n"
+        << "  irregular verbs: " << count("irregular") << ", and " << count("like a model")
+        << " that conjugate like a model verb (families.tsv, or the base of a pronominal verb)\n";
+}

@@ -2,6 +2,7 @@
 // resources/verbs. Malformed or inconsistent sources stop the build with a message.
 
 #include "FormRules.h"
+#include "IrregularMarks.h"
 #include "MasterWriter.h"
 #include "Paradigm.h"
 #include "Report.h"
@@ -58,9 +59,10 @@ int main(int argc, char *argv[])
         addHomographs(usageRules, sources, usage);
         Entries entries = buildEntries(sources);
         applyUsage(usageRules, formRules, sources, entries, usage);
+        const IrregularMarks marks = markIrregular(entries, sources, formRules);
         const TranslationPlan translations = planTranslations(entries, sources);
         QDir().mkpath(QFileInfo(output).absolutePath());
-        writeMaster(partial, schemaSql, entries, translations.byVerb);
+        writeMaster(partial, schemaSql, entries, translations.byVerb, marks);
         QFile::remove(output);
         if (!QFile::rename(partial, output))
             throw std::runtime_error("cannot rename " + partial.toStdString() + " to " + output.toStdString());
@@ -69,6 +71,7 @@ int main(int argc, char *argv[])
         out << "norvella-builddb: wrote " << output << '\n';
         printReport(out, entries, sources, rules, usage, translations,
                     readFrequencyList(parser.value(frequencyOption)), output);
+        printIrregular(out, marks);
     } catch (const std::exception &error) {
         // A stale master must not survive a failed build: tests would check old data.
         QFile::remove(partial);
