@@ -26,7 +26,10 @@ CREATE TABLE verb (
     -- "are", "ere", "ire", "isc" (-ire with -isc-) for a verb with no irregular form,
     -- else "irregular"; model_id is then the verb it conjugates like, if any.
     pattern               TEXT,
-    model_id              INTEGER
+    model_id              INTEGER,
+    -- Place among the most frequent verbs of film subtitles (1 = most frequent), NULL
+    -- beyond the ranked ones; lists of common verbs are cut and ordered by it.
+    frequency_rank        INTEGER
 );
 
 -- Most of the file is forms, and the app reads them a verb at a time in conj_order:

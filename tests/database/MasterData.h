@@ -32,10 +32,18 @@ struct MasterVerb
     QString italian;
     QList<Form> forms; // by conj_order
 
-    bool isPronominal() const { return italian.endsWith(QLatin1String("si")) || italian.endsWith(QLatin1String("sene")); }
+    // A homograph's second entry carries a superscript number ("sortire²") after its infinitive.
+    QString bare() const
+    {
+        QString word = italian;
+        while (!word.isEmpty() && word.back().category() == QChar::Number_Other)
+            word.chop(1);
+        return word;
+    }
+    bool isPronominal() const { return bare().endsWith(QLatin1String("si")) || bare().endsWith(QLatin1String("sene")); }
     // Any clitic on the infinitive: the pronominal verbs and those with ci, la, ce la,
     // se la (metterci, smetterla, farcela, cavarsela). Every plain infinitive ends in -re.
-    bool hasClitic() const { return !italian.endsWith(QLatin1String("re")); }
+    bool hasClitic() const { return !bare().endsWith(QLatin1String("re")); }
     QList<Form> ofType(int type) const
     {
         QList<Form> result;

@@ -183,6 +183,18 @@ void TestMaster::tablesAndKeys()
     QVERIFY(ids[0].toLongLong() > 0 && ids[3].toLongLong() > 0);
     QCOMPARE(ids[1].toLongLong(), ids[0].toLongLong());
     QCOMPARE(ids[2].toLongLong(), ids[0].toLongLong());
+
+    // Lists of common verbs are cut by frequency_rank: every verb of frequency.tsv carries
+    // its own line number, and no other verb has one.
+    QHash<QString, qint64> rankOf;
+    for (const QStringList &cells : readSourceRows(sourcePath("frequency.tsv")))
+        rankOf.insert(cells.value(1), cells.value(0).toLongLong());
+    QVERIFY(rankOf.size() >= 2000);
+    QHash<QString, qint64> stored;
+    for (const QVariantList &row : m_db->rows("SELECT italian, frequency_rank FROM verb WHERE frequency_rank IS NOT NULL"))
+        stored.insert(row[0].toString(), row[1].toLongLong());
+    QCOMPARE(stored, rankOf);
+    QCOMPARE(stored.value("essere"), 1);
 }
 
 void TestMaster::paradigmShapeAndOrder()

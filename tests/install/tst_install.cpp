@@ -241,7 +241,7 @@ private slots:
         QVERIFY(rows >= 10);
         for (const QString &credit : {QStringLiteral("Morph-it!"), QStringLiteral("Marco Baroni and Eros Zanchetta"),
                                       QStringLiteral("italian-verbs-dict 3.4.0"), QStringLiteral("Ludan Stoecklé"),
-                                      QStringLiteral("License: CC-BY-SA-2.0"), QStringLiteral("OpenSubtitles 2018"),
+                                      QStringLiteral("License: CC-BY-SA-4.0"), QStringLiteral("OpenSubtitles 2018"),
                                       QStringLiteral("hunspell-it"), QStringLiteral("mythes-it")})
             QVERIFY2(copyright.contains(credit), qPrintable(credit));
     }

@@ -184,7 +184,7 @@ private slots:
         QVERIFY(!current->isBuildingSearchIndex());
 
         QVERIFY(current->waitForSearchIndex());
-        for (const QString &text : {"a", "", "verbo1", "forma", "to", "mangi"}) {
+        for (const char *text : {"a", "", "verbo1", "forma", "to", "mangi"}) {
             statement.search(text);
             search.search(text);
             QCOMPARE(shown(search), shown(statement));

@@ -97,8 +97,12 @@ void insertPronouns(Connection &db)
 } // namespace
 
 void writeMaster(const QString &path, const QString &schemaSql, const Entries &entries,
-                 const QHash<QString, Translation> &translations, const IrregularMarks &marks)
+                 const QHash<QString, Translation> &translations, const IrregularMarks &marks,
+                 const QStringList &ranked)
 {
+    QHash<QString, qint64> rankOf;
+    for (qsizetype i = 0; i < ranked.size(); ++i)
+        rankOf.insert(ranked[i], i + 1);
     QFile::remove(path);
     Connection db(path);
     // 8 KB pages hold the short conjugation rows with a little less overhead than 4 KB ones.
@@ -109,8 +113,8 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
 
     Statement verb(db, "INSERT INTO verb(_id, italian, simplified_italian, english, german, simplified_german,"
                        " french, simplified_french, spanish, simplified_spanish, dutch, simplified_dutch,"
-                       " portuguese, simplified_portuguese, turkish, simplified_turkish, voice_available, pattern, model_id)"
-                       " VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,0,?,?)");
+                       " portuguese, simplified_portuguese, turkish, simplified_turkish, voice_available, pattern, model_id,"
+                       " frequency_rank) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,0,?,?,?)");
     // _id is a generated column: the schema derives it from verbid and conj_order.
     Statement form(db, "INSERT INTO conjugation(verbid, pronounid, verb, conjugation_type_id, conj_order,"
                        " voice_file, irregular) VALUES(?,?,?,?,?,NULL,?)");
@@ -148,6 +152,10 @@ void writeMaster(const QString &path, const QString &schemaSql, const Entries &e
             verb.bind(18, idOf.value(pattern.model));
         else
             verb.bindNull(18);
+        if (rankOf.contains(entry.italian))
+            verb.bind(19, rankOf.value(entry.italian));
+        else
+            verb.bindNull(19);
         verb.run();
 
         const QList<quint8> irregular = marks.rows.value(entry.italian);

@@ -11,4 +11,5 @@
 
 // Throws SourceError (bad sources) or std::runtime_error (SQLite failures).
 void writeMaster(const QString &path, const QString &schemaSql, const Entries &entries,
-                 const QHash<QString, Translation> &translations, const IrregularMarks &marks);
+                 const QHash<QString, Translation> &translations, const IrregularMarks &marks,
+                 const QStringList &ranked);

@@ -62,7 +62,7 @@ int main(int argc, char *argv[])
         const IrregularMarks marks = markIrregular(entries, sources, formRules);
         const TranslationPlan translations = planTranslations(entries, sources);
         QDir().mkpath(QFileInfo(output).absolutePath());
-        writeMaster(partial, schemaSql, entries, translations.byVerb, marks);
+        writeMaster(partial, schemaSql, entries, translations.byVerb, marks, sources.ranked);
         QFile::remove(output);
         if (!QFile::rename(partial, output))
             throw std::runtime_error("cannot rename " + partial.toStdString() + " to " + output.toStdString());
