@@ -14,6 +14,9 @@ AbstractButton {
     Accessible.role: Accessible.PageTab
     Accessible.name: text
     Accessible.checked: selected
+    Accessible.selectable: true
+    Accessible.selected: selected
+    Access.pressable: true
 
     background: Item {
         readonly property color fill: segment.selected ? Theme.secondary
@@ -50,5 +53,6 @@ AbstractButton {
         rightPadding: 4
         fontSizeMode: Text.HorizontalFit
         minimumPointSize: 7
+        Accessible.ignored: true
     }
 }

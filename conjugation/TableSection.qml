@@ -61,6 +61,7 @@ Control {
             font.letterSpacing: 0.5
             font.pointSize: section.font.pointSize * 0.9
             Accessible.role: Accessible.Heading
+            Access.heading: true
         }
 
         Rectangle {

@@ -35,6 +35,7 @@ Control {
         fontSizeMode: Text.Fit
         minimumPointSize: 7
         Accessible.role: Accessible.Heading
+        Access.heading: true
     }
 
     Column {

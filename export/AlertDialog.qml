@@ -39,6 +39,7 @@ Dialog {
             flat: true
             palette.windowText: Theme.primary
             Accessible.name: text
+            Access.pressable: true
             onClicked: alert.accept()
         }
     }

@@ -8,10 +8,18 @@ Item {
     property SingleSectionListController controller: null
     property string emptyText
     property string accessibleName
+    property string swipeTitle
 
     readonly property bool empty: controller === null || controller.showsEmptyState
 
+    // Keyboard focus enters at the first row on screen.
+    function takeFocus() {
+        rows.currentIndex = Math.max(0, rows.indexAt(8, rows.contentY + 8))
+        rows.forceActiveFocus()
+    }
+
     ListView {
+        id: rows
         anchors.fill: parent
         clip: true
         model: view.controller
@@ -19,7 +27,7 @@ Item {
         visible: !view.empty
         Accessible.name: view.accessibleName
 
-        delegate: VerbCell { swipeEnabled: true }
+        delegate: VerbCell { swipeEnabled: true; swipeTitle: view.swipeTitle }
 
         remove: Transition {
             NumberAnimation { property: "opacity"; to: 0; duration: 180 }

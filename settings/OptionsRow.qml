@@ -56,6 +56,7 @@ Control {
             font.capitalization: Font.AllUppercase
             wrapMode: Text.WordWrap
             Accessible.role: Accessible.Heading
+            Access.heading: true
         }
     }
 
@@ -69,6 +70,7 @@ Control {
         focusPolicy: root.cellType === "detail" ? Qt.StrongFocus : Qt.NoFocus
         Accessible.name: root.detail.length > 0 ? root.label + ", " + root.detail : root.label
         Accessible.role: root.cellType === "detail" ? Accessible.Button : Accessible.StaticText
+        Access.pressable: root.cellType === "detail"
         onClicked: {
             if (root.cellType === "detail")
                 root.tapped(root.section, root.rowInSection);
@@ -115,6 +117,7 @@ Control {
                 palette.dark: Theme.primary
                 palette.midlight: "#8E8E93"
                 Accessible.name: root.label
+                Access.pressable: true
                 onToggled: {
                     root.toggled(root.section, root.rowInSection, checked);
                     checked = Qt.binding(() => root.checked);
