@@ -19,6 +19,22 @@ Page {
     readonly property bool searching: search.active
 
     function focusSearch() { search.focusField() }
+    // Keyboard focus leaves the search field for the rows below it.
+    function focusList() {
+        if (search.text.length > 0)
+            results.takeFocus()
+        else
+            pages.children[pages.currentIndex].takeFocus()
+    }
+
+    // Typing on a list goes to the search.
+    Keys.onPressed: event => {
+        if (event.text.trim().length === 1 && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))) {
+            search.focusField()
+            search.text += event.text
+            event.accepted = true
+        }
+    }
 
     HomeViewController {
         id: homeController
@@ -44,6 +60,7 @@ Page {
                     color: menuButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
                 }
                 Accessible.name: L10n.text("menu.open")
+                Access.pressable: true
                 onClicked: drawer.open()
             }
         }
@@ -54,12 +71,14 @@ Page {
             onTextChanged: homeController.updateSearchResults(text)
             onActiveChanged: if (active) homeController.updateSearchResults(text)
             onCancelled: homeController.updateSearchResults(text)
+            onLeaveRequested: home.focusList()
         }
     }
 
     background: Rectangle { color: Theme.background }
 
     StackLayout {
+        id: pages
         anchors.fill: parent
         currentIndex: homeController.selectedTab
 
@@ -69,6 +88,7 @@ Page {
     }
 
     SearchResultsTableView {
+        id: results
         anchors.fill: parent
         visible: home.searching
         controller: homeController.searchResultsController
@@ -104,6 +124,9 @@ Page {
                 icon.height: 24
                 icon.color: checked ? Theme.primary : Theme.secondaryText
                 Accessible.name: text
+                Accessible.selectable: true
+                Accessible.selected: checked
+                Access.pressable: true
                 background: null
 
                 contentItem: IconLabel {

@@ -20,6 +20,7 @@ ApplicationWindow {
     visible: true
     title: qsTr("Norvella")
     color: Theme.background
+    Access.hidesBehindModals: true
 
     Binding {
         target: window.appDelegate
@@ -87,6 +88,7 @@ ApplicationWindow {
 
         VerbDetailTableView {
             objectName: "detailPage"
+            focus: true
             showsBackButton: true
             onBackRequested: StackView.view.pop()
             onExportRequested: verb => share.exportVerb(verb)
@@ -121,6 +123,14 @@ ApplicationWindow {
     Connections {
         target: window.appDelegate
         function onFocusSearchRequested() {
+            stack.pop(null)
+            home.focusSearch()
+        }
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+F"]
+        onActivated: {
             stack.pop(null)
             home.focusSearch()
         }

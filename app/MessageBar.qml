@@ -75,6 +75,7 @@ Control {
             icon.height: 20
             hoverEnabled: false
             Accessible.name: L10n.text("common.close")
+            Access.pressable: true
             background: Rectangle {
                 readonly property ToolButton button: parent as ToolButton
                 radius: 6

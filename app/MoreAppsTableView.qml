@@ -30,6 +30,7 @@ Page {
             width: Theme.minimumTouchTarget
             height: Theme.minimumTouchTarget
             Accessible.name: L10n.text("action.close")
+            Access.pressable: true
             onClicked: appsController.close()
         }
     }
@@ -58,6 +59,7 @@ Page {
             icon.height: 32
             palette.text: Theme.text
             Accessible.name: appRow.name
+            Access.pressable: true
             onClicked: (appRow.ListView.view.model as MoreAppsTableViewController).selectRow(appRow.index)
 
             Rectangle {

@@ -13,6 +13,7 @@ Drawer {
     width: Math.min(320, parent ? parent.width * 0.85 : 320)
     height: parent ? parent.height : 0
     edge: Qt.LeftEdge
+    focus: true
 
     onOpened: drawerController.presented = true
     onClosed: {
@@ -75,6 +76,7 @@ Drawer {
                     font.pointSize: drawer.font.pointSize * 1.3
                     wrapMode: Text.WordWrap
                     Accessible.role: Accessible.Heading
+                    Access.heading: true
                 }
             }
         }
@@ -83,6 +85,9 @@ Drawer {
             width: parent.width
             height: contentHeight
             interactive: false
+            // The keyboard starts on the first row and moves with the arrows.
+            focus: true
+            keyNavigationEnabled: true
             model: drawerController
 
             delegate: ItemDelegate {
@@ -102,6 +107,7 @@ Drawer {
                 icon.height: 24
                 Accessible.name: row.title
                 Accessible.role: Accessible.MenuItem
+                Access.pressable: true
                 palette.text: Theme.barText
                 background: Rectangle { color: row.down ? Qt.darker(Theme.primary, 1.2) : "transparent" }
                 onClicked: (row.ListView.view.model as NavigationDrawerTableTableViewController).selectRow(1, row.index)

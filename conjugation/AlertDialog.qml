@@ -42,6 +42,7 @@ Dialog {
             implicitHeight: Theme.minimumTouchTarget
             text: L10n.text("common.ok")
             Accessible.name: text
+            Access.pressable: true
             onClicked: dialog.accept()
 
             contentItem: Label {

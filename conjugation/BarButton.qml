@@ -13,6 +13,7 @@ ToolButton {
     icon.width: 26
     icon.height: 26
     display: AbstractButton.IconOnly
+    Access.pressable: true
 
     background: Rectangle {
         radius: 8

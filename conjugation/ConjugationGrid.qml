@@ -39,6 +39,7 @@ Flickable {
                 font.pointSize: headingBox.font.pointSize * 1.4
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.Heading
+                Access.heading: true
             }
         }
 

@@ -38,5 +38,6 @@ ToolBar {
         font.bold: true
         font.pointSize: bar.font.pointSize * 1.25
         Accessible.role: Accessible.Heading
+        Access.heading: true
     }
 }

@@ -14,6 +14,9 @@ AbstractButton {
     Accessible.role: Accessible.PageTab
     Accessible.name: text
     Accessible.checked: selected
+    Accessible.selectable: true
+    Accessible.selected: selected
+    Access.pressable: true
 
     background: Item {
         readonly property color fill: segment.selected ? Theme.secondary
@@ -54,5 +57,6 @@ AbstractButton {
         maximumLineCount: 2
         fontSizeMode: Text.Fit
         minimumPointSize: 7
+        Accessible.ignored: true
     }
 }

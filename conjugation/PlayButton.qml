@@ -19,6 +19,7 @@ Button {
     icon.width: 16
     icon.height: 16
     background: null
+    Access.pressable: true
 
     RoundProgressView {
         id: ring

@@ -76,6 +76,7 @@ Control {
             font.pointSize: section.font.pointSize * 0.9
             Accessible.role: Accessible.Heading
             Accessible.name: section.title
+            Access.heading: true
         }
 
         Rectangle {

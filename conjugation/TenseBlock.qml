@@ -40,6 +40,7 @@ Control {
         minimumPointSize: 7
         Accessible.role: Accessible.Heading
         Accessible.name: block.title
+        Access.heading: true
     }
 
     Column {

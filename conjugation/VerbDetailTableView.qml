@@ -32,6 +32,10 @@ Page {
 
     background: Rectangle { color: Theme.groupedBackground }
 
+    // Left and Right step through the moods from anywhere on the screen.
+    Keys.onLeftPressed: if (controller.segmentsVisible) controller.selectVerbTypes(Math.max(0, controller.selectedSegment - 1))
+    Keys.onRightPressed: if (controller.segmentsVisible) controller.selectVerbTypes(Math.min(3, controller.selectedSegment + 1))
+
     VerbDetailTableViewController {
         id: controller
         verb: screen.verb

@@ -51,6 +51,7 @@ Dialog {
             flat: true
             palette.windowText: Theme.primary
             Accessible.name: text
+            Access.pressable: true
             onClicked: alert.accept()
         }
     }

@@ -19,5 +19,6 @@ ItemDelegate {
     icon.color: Theme.primary
     palette.windowText: Theme.text
     Accessible.name: text
+    Access.pressable: true
     onClicked: controller.perform(type)
 }

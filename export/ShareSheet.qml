@@ -61,6 +61,7 @@ Popup {
             elide: Text.ElideRight
             horizontalAlignment: Text.AlignHCenter
             Accessible.role: Accessible.Heading
+            Access.heading: true
         }
 
         ShareActivityButton {
@@ -118,6 +119,7 @@ Popup {
                 text: shareController.openFileText
                 palette.windowText: Theme.primary
                 Accessible.name: text
+                Access.pressable: true
                 onClicked: shareController.openLastSavedFile()
             }
 
@@ -138,6 +140,7 @@ Popup {
                 font.bold: true
                 palette.windowText: Theme.primary
                 Accessible.name: text
+                Access.pressable: true
                 onClicked: sheet.close()
             }
         }

@@ -6,4 +6,5 @@ import Norvella.Resources
 SingleSectionTableView {
     emptyText: L10n.text("favourites.empty")
     accessibleName: L10n.text("tabs.favourites")
+    swipeTitle: L10n.text("action.favourite.remove")
 }

@@ -6,4 +6,5 @@ import Norvella.Resources
 SingleSectionTableView {
     emptyText: L10n.text("history.empty")
     accessibleName: L10n.text("tabs.history")
+    swipeTitle: L10n.text("action.remove")
 }

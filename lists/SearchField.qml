@@ -14,6 +14,8 @@ Control {
     readonly property bool active: field.activeFocus || field.text.length > 0
 
     signal cancelled()
+    // Down, Enter or Return in the field: on to the rows below.
+    signal leaveRequested()
 
     function focusField() { field.forceActiveFocus() }
     function resign() { field.focus = false; bar.forceActiveFocus() }
@@ -43,6 +45,10 @@ Control {
             inputMethodHints: Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase
             Accessible.name: bar.placeholder
             Accessible.role: Accessible.EditableText
+            Keys.onDownPressed: bar.leaveRequested()
+            Keys.onReturnPressed: bar.leaveRequested()
+            Keys.onEnterPressed: bar.leaveRequested()
+            Keys.onEscapePressed: cancelButton.clicked()
             background: Rectangle {
                 radius: 10
                 color: Theme.background
@@ -73,6 +79,7 @@ Control {
                 icon.height: 18
                 background: null
                 Accessible.name: L10n.text("search.clear")
+                Access.pressable: true
                 onClicked: field.clear()
             }
         }
@@ -85,6 +92,7 @@ Control {
             Layout.preferredHeight: Theme.minimumTouchTarget
             text: L10n.text("search.cancel")
             Accessible.name: text
+            Access.pressable: true
             contentItem: Label {
                 text: cancelButton.text
                 color: Theme.barText

@@ -8,6 +8,12 @@ Rectangle {
 
     property SearchResultsTableViewController controller: null
 
+    // Keyboard focus enters at the first row on screen.
+    function takeFocus() {
+        results.currentIndex = Math.max(0, results.indexAt(8, results.contentY + 8))
+        results.forceActiveFocus()
+    }
+
     color: Theme.background
 
     ListView {

@@ -17,7 +17,8 @@ Control {
     opacity: SwipeDelegate.pressed ? 0.8 : 1
     Accessible.role: Accessible.Button
     Accessible.name: action ? action.title : ""
-    Accessible.onPressAction: if (action) action.trigger()
+    Access.pressable: true
+    Access.onActivated: if (action) action.trigger()
     SwipeDelegate.onClicked: if (action) action.trigger()
 
     background: Rectangle {

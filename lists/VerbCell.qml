@@ -21,6 +21,8 @@ SwipeDelegate {
     property real separatorInset: 16
     property real trailingInset: 0
     property SwipeAction swipeAction: null
+    // The swipe action's title, for those who reach it without swiping.
+    property string swipeTitle
     // The verb open in the detail column beside the list.
     readonly property bool current: table !== null && table.highlightedVerbId === verbId
 
@@ -31,7 +33,9 @@ SwipeDelegate {
     bottomPadding: 8
     implicitHeight: Math.max(Theme.minimumTouchTarget + 12, implicitContentHeight + topPadding + bottomPadding)
     Accessible.name: italian
-    Accessible.description: translation
+    Accessible.description: isFavourite ? (translation.length > 0 ? translation + ", " : "") + L10n.text("list.favourite")
+                                        : translation
+    Access.pressable: true
     swipe.enabled: swipeEnabled && table !== null
     swipe.right: SwipeActionView {}
 
@@ -40,6 +44,24 @@ SwipeDelegate {
             swipe.close()
         else if (table)
             table.selectRow(index)
+    }
+
+    // Runs what the trailing swipe offers without the swipe.
+    function performSwipeAction() {
+        const action = table ? table.trailingSwipeAction(index) : null
+        if (action)
+            action.trigger()
+    }
+
+    // The swipe action as its own button, listed with the row by screen readers.
+    Item {
+        visible: cell.swipe.enabled && cell.swipeTitle.length > 0
+        width: 1
+        height: 1
+        Accessible.role: Accessible.Button
+        Accessible.name: cell.swipeTitle
+        Access.pressable: true
+        Access.onActivated: cell.performSwipeAction()
     }
 
     Binding {

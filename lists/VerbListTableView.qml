@@ -10,6 +10,12 @@ Control {
 
     property VerbListTableViewController controller: null
 
+    // Keyboard focus enters at the first row on screen.
+    function takeFocus() {
+        list.currentIndex = Math.max(0, list.indexAt(8, list.contentY + 8))
+        list.forceActiveFocus()
+    }
+
     ListView {
         id: list
         anchors.fill: parent
@@ -28,6 +34,7 @@ Control {
             separatorInset: 0
             // Clear of the letter index.
             trailingInset: 28
+            swipeTitle: isFavourite ? L10n.text("action.favourite.remove") : L10n.text("action.favourite")
         }
     }
 

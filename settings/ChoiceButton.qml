@@ -22,6 +22,7 @@ ItemDelegate {
     implicitHeight: Math.max(Theme.minimumTouchTarget + 8, implicitContentHeight + topPadding + bottomPadding)
     text: visible ? choices[choiceIndex] : ""
     Accessible.name: text
+    Access.pressable: true
     onClicked: picked(choiceIndex)
 
     contentItem: Label {

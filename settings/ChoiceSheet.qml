@@ -57,6 +57,7 @@ Popup {
                     font.pointSize: sheet.font.pointSize * 0.9
                     wrapMode: Text.WordWrap
                     Accessible.role: Accessible.Heading
+                    Access.heading: true
                 }
 
                 // As many as the longest sheet, the languages, has.
@@ -127,6 +128,7 @@ Popup {
             text: sheet.kind.length > 0 ? sheet.controller.sheetCancelText(sheet.kind) : ""
             font.bold: true
             Accessible.name: text
+            Access.pressable: true
             onClicked: sheet.close()
             contentItem: Label {
                 text: cancelButton.text

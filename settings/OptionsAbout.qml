@@ -55,6 +55,7 @@ Control {
         font.pointSize: about.font.pointSize * 1.2
         wrapMode: Text.WordWrap
         Accessible.role: Accessible.Heading
+        Access.heading: true
     }
 
     Label {
@@ -74,6 +75,7 @@ Control {
         implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
         text: about.controller.webUrl
         Accessible.name: about.controller.webUrl
+        Access.pressable: true
         onClicked: about.controller.openWebsite()
         contentItem: Label {
             text: website.text
@@ -94,6 +96,7 @@ Control {
         icon.source: "qrc:/norvella/icons/contact.svg"
         icon.color: Theme.primary
         Accessible.name: about.controller.supportEmail
+        Access.pressable: true
         onClicked: about.controller.sendSupportEmail()
         palette.windowText: Theme.primary
     }

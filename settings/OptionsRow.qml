@@ -57,6 +57,7 @@ Control {
             wrapMode: Text.WordWrap
             Accessible.role: Accessible.Heading
             Accessible.name: root.sectionHeader
+            Access.heading: true
         }
     }
 
@@ -70,6 +71,7 @@ Control {
         focusPolicy: root.cellType === "detail" ? Qt.StrongFocus : Qt.NoFocus
         Accessible.name: root.detail.length > 0 ? root.label + ", " + root.detail : root.label
         Accessible.role: root.cellType === "detail" ? Accessible.Button : Accessible.StaticText
+        Access.pressable: root.cellType === "detail"
         onClicked: {
             if (root.cellType === "detail")
                 root.tapped(root.section, root.rowInSection);
@@ -116,6 +118,7 @@ Control {
                 palette.dark: Theme.primary
                 palette.midlight: "#8E8E93"
                 Accessible.name: root.label
+                Access.pressable: true
                 onToggled: {
                     root.toggled(root.section, root.rowInSection, checked);
                     checked = Qt.binding(() => root.checked);

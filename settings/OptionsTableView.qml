@@ -43,6 +43,9 @@ Popup {
 
     Item {
         anchors.fill: parent
+        // Escape is Done, as on the bar.
+        focus: true
+        Keys.onEscapePressed: controller.close()
 
         ToolBar {
             id: bar
@@ -61,6 +64,7 @@ Popup {
                 font.bold: true
                 font.pointSize: bar.font.pointSize * 1.25
                 Accessible.role: Accessible.Heading
+                Access.heading: true
             }
 
             ToolButton {
@@ -79,6 +83,7 @@ Popup {
                     border.color: Theme.barText
                 }
                 Accessible.name: controller.doneText
+                Access.pressable: true
                 contentItem: Label {
                     text: doneButton.text
                     font: doneButton.font
