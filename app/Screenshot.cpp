@@ -7,6 +7,9 @@
 #include <QRegularExpression>
 #include <QTimer>
 
+#include <QQuickItem>
+
+#include <algorithm>
 #include <cstdio>
 
 namespace norvella {
@@ -22,7 +25,7 @@ void Screenshot::start(int settleFrames)
     // Page transitions run for a few hundred milliseconds; draw at least that long.
     m_settled.start();
     connect(m_window, &QQuickWindow::frameSwapped, this, [this] {
-        if (--m_framesLeft <= 0 && m_settled.elapsed() >= 600)
+        if (--m_framesLeft <= 0 && m_settled.elapsed() >= 600 && !transitionRunning())
             QTimer::singleShot(0, this, &Screenshot::capture);
         else
             QTimer::singleShot(16, m_window, [this] { m_window->update(); });
@@ -34,6 +37,17 @@ void Screenshot::start(int settleFrames)
             std::fprintf(stderr, "Screenshot: the window never finished drawing\n");
             capture();
         }
+    });
+}
+
+// On a busy machine a page's slide-in outlasts any fixed wait: a picture taken then
+// shows two pages side by side.
+bool Screenshot::transitionRunning() const
+{
+    // QML gives the window's items the window as their QObject parent, not its contentItem.
+    const QList<QQuickItem *> items = m_window->findChildren<QQuickItem *>();
+    return std::any_of(items.cbegin(), items.cend(), [](const QQuickItem *item) {
+        return item->inherits("QQuickStackView") && item->property("busy").toBool();
     });
 }
 

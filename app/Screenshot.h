@@ -26,6 +26,7 @@ public:
 
 private:
     void capture();
+    bool transitionRunning() const;
 
     QQuickWindow *m_window;
     QString m_filePath;
