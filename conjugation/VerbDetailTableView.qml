@@ -42,7 +42,7 @@ Page {
         queue: screen.queue
         peeking: screen.peeking
         onAlertRequested: message => alert.show(message)
-        onMatchRevealRequested: Qt.callLater(screen.revealMatch)
+        onMatchRevealRequested: revealLater.restart()
     }
 
     // Opened from a searched form: its section or block comes into view, once
@@ -65,7 +65,19 @@ Page {
             table.revealSection(pendingReveal)
         pendingReveal = -1
     }
-    Component.onCompleted: if (controller.matchedSection >= 0) Qt.callLater(screen.revealMatch)
+    Component.onCompleted: if (controller.matchedSection >= 0) revealLater.restart()
+
+    // After the bindings and the reset views have settled.
+    Timer {
+        id: revealLater
+        interval: 0
+        onTriggered: screen.revealMatch()
+    }
+    Timer {
+        id: pendingLater
+        interval: 0
+        onTriggered: screen.revealPending()
+    }
 
     header: DetailBar {
         title: controller.title
@@ -99,7 +111,7 @@ Page {
         ConjugationTable {
             id: table
             Layout.fillWidth: true
-            onHeightChanged: Qt.callLater(screen.revealPending)
+            onHeightChanged: pendingLater.restart()
             Layout.fillHeight: true
             visible: controller.hasVerb && !screen.regularWidth
             model: controller.tableModel
@@ -108,7 +120,7 @@ Page {
         ConjugationGrid {
             id: grid
             Layout.fillWidth: true
-            onHeightChanged: Qt.callLater(screen.revealPending)
+            onHeightChanged: pendingLater.restart()
             Layout.fillHeight: true
             visible: controller.hasVerb && screen.regularWidth
             model: controller.gridModel

@@ -46,8 +46,12 @@ public:
     // "Indicative · Imperfect · noi", by the string tables of the UI language.
     static QStringList describe(const FormReading &reading, bool italianTenseNames);
 
+    // A row chosen (tap, Enter, screen reader): the search opens its verb.
+    Q_INVOKABLE void select(int row) { emit selected(row); }
+
 signals:
     void countChanged();
+    void selected(int row);
 
 private:
     struct Row

@@ -1,100 +1,56 @@
 import QtQuick
-import QtQuick.Controls
-import QtQuick.Layouts
 import Norvella.Lists
 import Norvella.Resources
 
-// Above the verbs found: every reading of the text as a conjugated form
-// ("andare · Indicative · Imperfect · noi"). Choosing one opens its verb at it.
+// The header of the search results: every reading of the text as a
+// conjugated form ("andare · Indicative · Imperfect · noi") above the verbs
+// found. Choosing one opens its verb at it.
 Column {
     id: formsSection
 
-    property SearchResultsTableViewController controller: null
-    // Rows of the verb list below, for its own heading.
-    property int verbCount: 0
+    // The search results list this section heads.
+    readonly property var results: ListView.view
+    readonly property SearchResultsTableViewController controller: results ? results.model : null
     readonly property int count: controller !== null ? controller.forms.count : 0
 
-    // Down from the last reading: on to the verbs.
-    signal leaveDown()
-
-    function focusFirst() { focusRow(0) }
-    function focusLast() { focusRow(readings.count - 1) }
-    function focusRow(row: int) {
-        const item = readings.itemAt(row)
-        if (item)
-            item.forceActiveFocus(Qt.TabFocusReason)
+    // Keyboard focus arrives from the search field (the verbs have no current
+    // row then: the first reading) or up from the first verb (the last reading).
+    onActiveFocusChanged: {
+        if (!activeFocus || count === 0)
+            return
+        readings.currentIndex = results !== null && results.currentIndex >= 0 ? count - 1 : 0
+        readings.forceActiveFocus()
     }
+
+    width: results ? results.width : implicitWidth
 
     SectionHeader {
         visible: formsSection.count > 0
         section: L10n.text("search.forms")
     }
 
-    Repeater {
+    ListView {
         id: readings
+        width: formsSection.width
+        height: contentHeight
+        interactive: false
         model: formsSection.controller !== null ? formsSection.controller.forms : null
-
-        delegate: ItemDelegate {
-            id: row
-
-            required property int index
-            required property string italian
-            required property string detail
-            required property string accessibleName
-
-            width: formsSection.width
-            leftPadding: 16
-            rightPadding: 16
-            topPadding: 8
-            bottomPadding: 8
-            implicitHeight: Math.max(Theme.minimumTouchTarget + 12, implicitContentHeight + topPadding + bottomPadding)
-            Accessible.name: accessibleName
-            Access.pressable: true
-            Keys.onDownPressed: {
-                if (index + 1 < readings.count)
-                    formsSection.focusRow(index + 1)
-                else
-                    formsSection.leaveDown()
+        Accessible.name: L10n.text("search.forms")
+        // Down from the last reading: on to the verbs.
+        Keys.onDownPressed: event => {
+            if (readings.currentIndex + 1 < readings.count || formsSection.results === null) {
+                event.accepted = false
+                return
             }
-            Keys.onUpPressed: formsSection.focusRow(index - 1)
-            onClicked: formsSection.controller.selectForm(index)
-
-            contentItem: ColumnLayout {
-                spacing: 2
-
-                Label {
-                    Layout.fillWidth: true
-                    text: row.italian
-                    color: Theme.text
-                    elide: Text.ElideRight
-                    font.pointSize: row.font.pointSize * 1.05
-                    font.weight: Font.DemiBold
-                }
-                Label {
-                    Layout.fillWidth: true
-                    text: row.detail
-                    color: Theme.secondaryText
-                    wrapMode: Text.Wrap
-                    font.pointSize: row.font.pointSize * 0.9
-                }
-            }
-
-            background: Rectangle {
-                color: row.down ? Theme.separator : Theme.background
-
-                Rectangle {
-                    x: 16
-                    width: parent.width - x
-                    height: 1
-                    anchors.bottom: parent.bottom
-                    color: Theme.separator
-                }
-            }
+            formsSection.results.currentIndex = 0
+            formsSection.results.forceActiveFocus()
         }
+
+        delegate: SearchFormRow {}
     }
 
     SectionHeader {
-        visible: formsSection.count > 0 && formsSection.verbCount > 0
+        visible: formsSection.count > 0 && formsSection.results !== null && formsSection.results.count > 0
         section: L10n.text("search.verbs")
     }
 }

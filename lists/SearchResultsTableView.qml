@@ -14,12 +14,10 @@ Rectangle {
     function takeFocus() {
         if (view.formCount > 0 && results.headerItem) {
             results.positionViewAtBeginning()
-            results.headerItem.focusFirst()
+            results.currentIndex = -1
+            results.headerItem.forceActiveFocus()
             return
         }
-        focusRows()
-    }
-    function focusRows() {
         results.currentIndex = Math.max(0, results.indexAt(8, results.contentY + 8))
         results.forceActiveFocus()
     }
@@ -36,18 +34,12 @@ Rectangle {
         // Up from the first verb: back to the readings above it.
         Keys.onUpPressed: event => {
             if (results.currentIndex <= 0 && view.formCount > 0 && results.headerItem)
-                results.headerItem.focusLast()
+                results.headerItem.forceActiveFocus()
             else
                 event.accepted = false
         }
 
-        header: SearchFormsSection {
-            width: results.width
-            controller: view.controller
-            verbCount: results.count
-            onLeaveDown: view.focusRows()
-        }
-
+        header: SearchFormsSection {}
         delegate: VerbCell {}
     }
 

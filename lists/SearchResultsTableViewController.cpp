@@ -37,6 +37,7 @@ SearchResultsTableViewController::SearchResultsTableViewController(QObject *pare
 {
     // Typing right after launch: the section shows as soon as the analysis is read.
     connect(m_formSource, &FormAnalysisSource::ready, this, &SearchResultsTableViewController::updateForms);
+    connect(m_forms, &SearchFormsModel::selected, this, &SearchResultsTableViewController::selectForm);
     connect(this, &VerbTableModel::queueChanged, this, [this] {
         if (!queue())
             m_forms->setReadings({}, false);

@@ -242,7 +242,8 @@ private slots:
         m_search->search(QStringLiteral("venivamo"));
         const int row = rowOf(QStringLiteral("venire · Indicative · Imperfect · noi"));
         QVERIFY(row >= 0);
-        m_search->selectForm(row);
+        // As the row's tap, Enter or screen-reader press asks the section.
+        m_search->forms()->select(row);
         QVERIFY(chosen.verb);
         QCOMPARE(chosen.verb->italian, QStringLiteral("venire"));
         QCOMPARE(chosen.plainResults, 0);
