@@ -94,8 +94,9 @@ void FormAnalysis::add(const QString &text, const Key &reading)
     }
 }
 
-std::unique_ptr<FormAnalysis> FormAnalysis::build(sqlite3 *db, QString *error)
+std::unique_ptr<FormAnalysis> FormAnalysis::build(sqlite3 *db, QString *error, const std::atomic_bool *cancel)
 {
+    const auto cancelled = [cancel] { return cancel && cancel->load(std::memory_order_relaxed); };
     auto analysis = std::unique_ptr<FormAnalysis>(new FormAnalysis);
     const auto fail = [&](const char *what) {
         if (error)
@@ -126,7 +127,11 @@ std::unique_ptr<FormAnalysis> FormAnalysis::build(sqlite3 *db, QString *error)
     qint64 currentVerb = -1;
     quint8 participles = 0;
     int rc;
+    int rows = 0;
     while ((rc = sqlite3_step(forms.get())) == SQLITE_ROW) {
+        // A quit waits for this thread: it looks up often enough to leave at once.
+        if (++rows % 4096 == 0 && cancelled())
+            return nullptr;
         sqlite3_stmt *row = forms.get();
         const qint64 verbId = sqlite3_column_int64(row, 0);
         const auto verb = indexOf.constFind(verbId);
@@ -147,13 +152,16 @@ std::unique_ptr<FormAnalysis> FormAnalysis::build(sqlite3 *db, QString *error)
     }
     if (rc != SQLITE_DONE)
         return fail("forms");
+    if (cancelled())
+        return nullptr;
     // Stable: the readings of one key stay in the table's order, verb by verb.
     std::stable_sort(analysis->m_keys.begin(), analysis->m_keys.end());
     analysis->m_keys.shrink_to_fit();
     return analysis;
 }
 
-std::unique_ptr<FormAnalysis> FormAnalysis::fromFile(const QString &path, QString *error)
+std::unique_ptr<FormAnalysis> FormAnalysis::fromFile(const QString &path, QString *error,
+                                                    const std::atomic_bool *cancel)
 {
     sqlite3 *db = nullptr;
     if (sqlite3_open_v2(QFile::encodeName(path).constData(), &db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
@@ -162,12 +170,12 @@ std::unique_ptr<FormAnalysis> FormAnalysis::fromFile(const QString &path, QStrin
         sqlite3_close(db);
         return nullptr;
     }
-    auto analysis = build(db, error);
+    auto analysis = build(db, error, cancel);
     sqlite3_close(db);
     return analysis;
 }
 
-QList<FormReading> FormAnalysis::analyse(const QString &text) const
+QList<FormReading> FormAnalysis::analyse(const QString &text, Imperatives imperatives) const
 {
     const QString folded = fold(text);
     QList<FormReading> readings;
@@ -181,6 +189,8 @@ QList<FormReading> FormAnalysis::analyse(const QString &text) const
         if (!readings.contains(reading))
             readings << reading;
     }
+    if (imperatives == Imperatives::AsShown)
+        return readings;
     // The imperative's lui/lei and loro are the present subjunctive's forms (che
     // parli, parli!): a learner is told the subjunctive once, not the same twice.
     readings.removeIf([&](const FormReading &r) {

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -31,15 +32,21 @@ class FormAnalysis
 {
 public:
     // Reads the verb and conjugation tables of an open database. Null, with the
-    // reason in *error, when they cannot be read.
-    static std::unique_ptr<FormAnalysis> build(sqlite3 *db, QString *error);
+    // reason in *error, when they cannot be read, and null once `cancel` is set.
+    static std::unique_ptr<FormAnalysis> build(sqlite3 *db, QString *error, const std::atomic_bool *cancel = nullptr);
     // The same from a database file, opened read-only.
-    static std::unique_ptr<FormAnalysis> fromFile(const QString &path, QString *error);
+    static std::unique_ptr<FormAnalysis> fromFile(const QString &path, QString *error,
+                                                  const std::atomic_bool *cancel = nullptr);
+
+    // Whether the imperative's lui/lei and loro are told apart from the present
+    // subjunctive they share their forms with.
+    enum class Imperatives { AsSubjunctive, AsShown };
 
     // Every reading of a whole form, with or without its clitics and auxiliary
     // ("sono andata", "mi alzo"), ignoring case, accents and surrounding spaces.
     // The imperative's lui/lei and loro read as the present subjunctive they are.
-    QList<FormReading> analyse(const QString &text) const;
+    // AsShown keeps them both, as a conjugation table prints the form under both.
+    QList<FormReading> analyse(const QString &text, Imperatives imperatives = Imperatives::AsSubjunctive) const;
 
     qsizetype keyCount() const { return qsizetype(m_keys.size()); }
 

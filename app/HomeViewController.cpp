@@ -147,7 +147,7 @@ template<typename T> T *HomeViewController::makeChild()
     auto *child = new T(this);
     child->setSettings(m_settings);
     child->setRepository(m_repository);
-    connect(child, &VerbTableModel::showDetail, this, &HomeViewController::showVerb);
+    connect(child, &VerbTableModel::showDetail, this, qOverload<const VerbPtr &>(&HomeViewController::showVerb));
     child->setHighlightedVerbId(m_padIdiom && m_detailVerb ? m_detailVerb->verbId() : -1);
     connect(child, &InterstitialTableViewController::analyticsEvent, this,
             [](const QString &name) { Analytics::shared().logEvent(name); });
@@ -220,12 +220,26 @@ void HomeViewController::searchResultSelected(const VerbPtr &verb)
         emit searchFieldShouldResign();
 }
 
+void HomeViewController::searchFormSelected(const VerbPtr &verb, const QList<FormCell> &cells)
+{
+    m_selectedSearchResult = verb;
+    showVerb(verb, cells);
+    if (m_padIdiom)
+        emit searchFieldShouldResign();
+}
+
 void HomeViewController::showVerb(const VerbPtr &verb)
+{
+    showVerb(verb, {});
+}
+
+void HomeViewController::showVerb(const VerbPtr &verb, const QList<FormCell> &cells)
 {
     if (!verb)
         return;
     VerbRef *previous = m_detailVerb;
     m_detailVerb = new VerbRef(verb, this);
+    m_detailVerb->setMatches(cells);
     emit detailVerbChanged();
     updateHighlight();
     emit showDetail();

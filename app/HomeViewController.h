@@ -80,6 +80,8 @@ public:
     QObject *detailVerb() const;
     // Opens the detail column (or page) with this verb, as a tap on a row does.
     void showVerb(const VerbPtr &verb);
+    // The same, opened at the cells of a searched form (the chosen one first).
+    void showVerb(const VerbPtr &verb, const QList<FormCell> &cells);
     VerbPtr selectedSearchResult() const { return m_selectedSearchResult; }
     bool padIdiom() const { return m_padIdiom; }
     void setPadIdiom(bool pad);
@@ -97,6 +99,7 @@ public:
     Q_INVOKABLE void optionsDidClose(bool fieldsChanged);
 
     void searchResultSelected(const VerbPtr &verb) override;
+    void searchFormSelected(const VerbPtr &verb, const QList<FormCell> &cells) override;
 
     // "list", "favourites" or "history" → its tag; -1 for anything else.
     static int tabForName(const QString &name);

@@ -7,6 +7,7 @@
 #include "HomeViewController.h"
 #include "Screenshot.h"
 #include "Settings.h"
+#include "SearchFormsModel.h"
 #include "ShortcutChannel.h"
 #include "OptionsTableViewController.h"
 #include "UserMessages.h"
@@ -86,10 +87,34 @@ bool prepareScreen(QObject *root, const QString &tab, bool search, const QString
             std::fprintf(stderr, "norvella: the search field is missing\n");
             return false;
         }
+        // A screenshot shows the readings of a form, which are read in the background.
+        if (home->searchResultsController())
+            home->searchResultsController()->waitForForms();
         field->forceActiveFocus();
         field->setProperty("text", text);
     }
     return true;
+}
+
+// --form: type a form and choose its reading of the --open verb (the first
+// reading without one), as a tap on that row of the forms section does.
+bool openAtForm(QObject *root, const QString &form, const QString &italian)
+{
+    if (!prepareScreen(root, {}, true, form))
+        return false;
+    auto *home = root->findChild<HomeViewController *>(QStringLiteral("homeViewController"));
+    SearchResultsTableViewController *search = home->searchResultsController();
+    const SearchFormsModel *readings = search ? search->forms() : nullptr;
+    for (int row = 0; readings && row < readings->rowCount(); ++row) {
+        const FormReading *reading = readings->readingAt(row);
+        if (italian.isEmpty() || reading->infinitive.compare(italian, Qt::CaseInsensitive) == 0) {
+            search->selectForm(row);
+            return true;
+        }
+    }
+    std::fprintf(stderr, "norvella: \"%s\" is no form of %s\n", qPrintable(form),
+                 italian.isEmpty() ? "any verb" : qPrintable(QLatin1Char('"') + italian + QLatin1Char('"')));
+    return false;
 }
 
 // --open and --mood: show a verb's conjugation before drawing.
@@ -186,6 +211,10 @@ int main(int argc, char **argv)
     const QCommandLineOption moodOption(QStringLiteral("mood"),
                                         QStringLiteral("With --open: show this mood (ind, sub, con or other)."),
                                         QStringLiteral("mood"));
+    const QCommandLineOption formOption(QStringLiteral("form"),
+                                        QStringLiteral("With --screenshot: search this conjugated form and open its "
+                                                       "reading of the --open verb, its cells marked."),
+                                        QStringLiteral("text"));
     const QCommandLineOption showOption(QStringLiteral("show"),
                                         QStringLiteral("With --screenshot: open this over the home screen (settings "
                                                        "or menu)."),
@@ -208,7 +237,7 @@ int main(int argc, char **argv)
                                              QStringLiteral("Print a verb's conjugation, irregular forms starred, and exit."),
                                              QStringLiteral("verb"));
     parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption,
-                       showOption, firstFrameOption, browseOption, analyseOption, conjugateOption});
+                       formOption, showOption, firstFrameOption, browseOption, analyseOption, conjugateOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
@@ -296,8 +325,13 @@ int main(int argc, char **argv)
     if (screenshot) {
         if (!prepareScreen(window, parser.value(tabOption), parser.isSet(searchOption), parser.value(searchOption)))
             return 2;
-        if (parser.isSet(openOption) && !openVerb(window, delegate, parser.value(openOption), parser.value(moodOption)))
+        if (parser.isSet(formOption)) {
+            if (!openAtForm(window, parser.value(formOption), parser.value(openOption)))
+                return 2;
+        } else if (parser.isSet(openOption)
+                   && !openVerb(window, delegate, parser.value(openOption), parser.value(moodOption))) {
             return 2;
+        }
         if (parser.isSet(showOption) && !showOver(window, parser.value(showOption)))
             return 2;
         auto *shot = new Screenshot(window, parser.value(screenshotOption), &app);

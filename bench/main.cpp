@@ -6,7 +6,9 @@
 #include "Database.h"
 #include "DatabaseQueue.h"
 #include "FavouritesTableViewController.h"
+#include "FormAnalysis.h"
 #include "HistoryTableViewController.h"
+#include "SearchFormsModel.h"
 #include "SearchResultsTableViewController.h"
 #include "Settings.h"
 #include "Strings.h"
@@ -394,6 +396,53 @@ void benchSearch(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Se
         progress(QStringLiteral("index over its %1 ms budget in: %2").arg(IndexBudgetMs).arg(fallbacks.join(", ")));
     if (allIndex.isEmpty() || allStatement.isEmpty())
         report.fail(QStringLiteral("no search keystroke was timed"));
+}
+
+// The forms section: its analysis is read once in the background, then every
+// keystroke looks the text up and refills the section, as the search does.
+void benchForms(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Settings &settings,
+                const QStringList &queries, const QStringList &forms)
+{
+    QStringList keystrokes;
+    for (const QString &text : queries + forms) {
+        for (qsizetype length = 1; length <= text.size(); ++length)
+            keystrokes << text.left(length);
+    }
+    report.section(QStringLiteral("Forms section: %1 keystrokes of %2 queries and %3 typed forms")
+                           .arg(keystrokes.size())
+                           .arg(queries.size())
+                           .arg(forms.size()));
+    QElapsedTimer buildTimer;
+    buildTimer.start();
+    QString error;
+    const std::unique_ptr<FormAnalysis> analysis = FormAnalysis::fromFile(queue->path(), &error);
+    report.add(QStringLiteral("search.forms.build"), milliseconds(buildTimer), QStringLiteral("ms"), {},
+               QStringLiteral("in the background, at the first search"));
+    if (!analysis) {
+        report.fail(QStringLiteral("the form analysis could not be read: ") + error);
+        return;
+    }
+    const bool italianNames = Preferences::showTranslated(settings);
+    SearchFormsModel section;
+    QList<double> times;
+    int readings = 0;
+    // Three rounds, so the figure is not one cold pass.
+    for (int round = 0; round < 3; ++round) {
+        for (const QString &keystroke : std::as_const(keystrokes)) {
+            QElapsedTimer timer;
+            timer.start();
+            section.setReadings(analysis->analyse(keystroke.trimmed(), FormAnalysis::Imperatives::AsShown),
+                                italianNames);
+            times << double(timer.nsecsElapsed()) / 1e3;
+            readings += section.count();
+        }
+    }
+    const QString note = QStringLiteral("%1 timings, %2 rows shown in all").arg(times.size()).arg(readings);
+    report.add(QStringLiteral("search.forms.p50"), percentile(times, 0.5), QStringLiteral("us"), {}, note);
+    report.add(QStringLiteral("search.forms.p99"), percentile(times, 0.99), QStringLiteral("us"),
+               Target::atMost(1000), note);
+    report.add(QStringLiteral("search.forms.max"), *std::max_element(times.cbegin(), times.cend()),
+               QStringLiteral("us"), {}, note);
 }
 
 // Quitting while the index builds: the search screen goes and the thread pool
@@ -886,7 +935,8 @@ int main(int argc, char **argv)
 
     const QStringList queries = readLines(QStringLiteral(":/norvella/bench/search-queries.txt"));
     const QStringList commonVerbs = readLines(QStringLiteral(":/norvella/bench/common-verbs.txt"));
-    if (queries.size() < 30 || commonVerbs.size() != 100) {
+    const QStringList typedForms = readLines(QStringLiteral(":/norvella/bench/typed-forms.txt"));
+    if (queries.size() < 30 || commonVerbs.size() != 100 || typedForms.size() < 20) {
         std::fprintf(stderr, "norvella-bench: the bundled query or verb list is short\n");
         return 1;
     }
@@ -946,6 +996,8 @@ int main(int argc, char **argv)
 
     progress(QStringLiteral("search"));
     benchSearch(report, queue, settings, queries);
+    progress(QStringLiteral("forms section"));
+    benchForms(report, queue, settings, queries, typedForms);
     progress(QStringLiteral("quitting while the search index builds"));
     benchIndexQuit(report, queue, settings);
 

@@ -23,6 +23,8 @@ class ConjugationFormItem : public QObject
     Q_PROPERTY(QString playName READ playName CONSTANT)
     Q_PROPERTY(QString stopName READ stopName CONSTANT)
     Q_PROPERTY(bool speaking READ isSpeaking NOTIFY speakingChanged)
+    // The form the user searched for and opened the verb from.
+    Q_PROPERTY(bool matchesSearch READ matchesSearch CONSTANT)
 public:
     ConjugationFormItem(VerbDetailTableViewController *controller, QString key, QString pronoun, QString form,
                         QObject *parent = nullptr);
@@ -34,6 +36,8 @@ public:
     QString playName() const;
     QString stopName() const;
     bool isSpeaking() const { return m_speaking; }
+    bool matchesSearch() const { return m_matchesSearch; }
+    void setMatchesSearch(bool matches) { m_matchesSearch = matches; }
 
     // Speaks this form, filling `progressView` (a RoundProgressView), or stops it.
     Q_INVOKABLE void toggleSpeech(QObject *progressView);
@@ -49,6 +53,7 @@ private:
     QString m_pronoun;
     QString m_form;
     bool m_speaking = false;
+    bool m_matchesSearch = false;
 };
 
 } // namespace norvella

@@ -15,6 +15,19 @@ Flickable {
     readonly property int spacing: 20
     readonly property int columns: Math.max(1, Math.floor((width - spacing) / (blockSize + spacing)))
 
+    // Brings a tense block into view, scrolling no further than needed.
+    function revealBlock(index: int) {
+        const block = blocks.itemAt(index)
+        if (!block)
+            return
+        const top = block.mapToItem(content, 0, 0).y + content.y
+        const bottom = top + block.height + spacing
+        if (top < contentY)
+            contentY = Math.max(0, top - spacing)
+        else if (bottom > contentY + height)
+            contentY = Math.min(Math.max(0, contentHeight - height), bottom - height)
+    }
+
     clip: true
     contentWidth: width
     contentHeight: content.implicitHeight + spacing

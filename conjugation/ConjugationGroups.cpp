@@ -79,6 +79,17 @@ QString titleKey(int group, int index, bool showTranslated)
     return key;
 }
 
+int groupOf(const QString &typeId)
+{
+    for (int group = 0; group < GroupCount; ++group) {
+        for (const Tense &t : tenses(group)) {
+            if (typeId == QLatin1String(t.typeId))
+                return group;
+        }
+    }
+    return -1;
+}
+
 QString groupTitleKey(int group)
 {
     static const std::array<const char *, GroupCount> keys = {

@@ -29,6 +29,8 @@ int tenseCount(int group);
 const Tense *tense(int group, int index);
 // Title key of a tense block, plain or with "_italian".
 QString titleKey(int group, int index, bool showTranslated);
+// The group that shows a type id ("8" → Indicative), -1 for none (the infinitive).
+int groupOf(const QString &typeId);
 // Key of the segment title of a group ("type.indicative.full" ...), empty outside 0..3.
 QString groupTitleKey(int group);
 // Analytics value of a segment; any other index gives "CONJUGATIONS_NA".

@@ -85,6 +85,8 @@ QVariantList ConjugationSectionModel::buildForms(int section)
                 : VerbDetailTableViewController::keyFor(m_controller.selectedSegment(), section, row.index);
         auto *item = new ConjugationFormItem(&m_controller, key, che ? withChe(row.pronoun) : row.pronoun, row.form,
                                              m_itemOwner);
+        item->setMatchesSearch(row.index >= 0 && row.index < list->size()
+                               && m_controller.matchesSearch(typeId, list->at(row.index), row.index));
         forms.append(QVariant::fromValue<QObject *>(item));
     }
     return forms;

@@ -8,6 +8,12 @@ ListView {
     boundsBehavior: Flickable.StopAtBounds
     ScrollIndicator.vertical: ScrollIndicator {}
 
+    // Brings a tense section into view, whole where it fits.
+    function revealSection(section: int) {
+        if (section >= 0 && section < count)
+            positionViewAtIndex(section, ListView.Contain)
+    }
+
     delegate: TableSection {
         width: ListView.view.width
     }

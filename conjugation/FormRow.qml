@@ -16,6 +16,10 @@ Control {
     readonly property bool speaking: item !== null && item.speaking
 
     readonly property bool placeholder: item !== null && item.placeholder
+    // The form the verb was opened from in search: tinted, bold and a leading
+    // bar, and said to screen readers, so colour is never the only sign.
+    readonly property bool matched: item !== null && item.matchesSearch
+    readonly property string matchNote: matched ? L10n.text("conjugation.matches_search") : ""
 
     // A dash has nothing to tap, so in the table it needs no touch-sized row.
     implicitHeight: compact ? Theme.minimumTouchTarget
@@ -55,7 +59,8 @@ Control {
             Layout.fillHeight: row.compact
             text: row.item ? row.item.form : ""
             color: row.placeholder ? Theme.secondaryText : Theme.text
-            font.weight: Font.Medium
+            font.weight: row.matched ? Font.Bold : Font.Medium
+            Accessible.description: row.matchNote
             wrapMode: Text.Wrap
             verticalAlignment: Text.AlignVCenter
             fontSizeMode: row.compact ? Text.Fit : Text.FixedSize
@@ -71,10 +76,22 @@ Control {
             Accessible.ignored: !enabled
             speaking: row.speaking
             Accessible.name: row.item ? (row.speaking ? row.item.stopName : row.item.playName) : ""
+            Accessible.description: row.matchNote
             onClicked: {
                 if (row.item)
                     row.item.toggleSpeech(play.ring)
             }
+        }
+    }
+
+    background: Rectangle {
+        visible: row.matched
+        color: Theme.pressed
+
+        Rectangle {
+            width: 4
+            height: parent.height
+            color: Theme.primary
         }
     }
 

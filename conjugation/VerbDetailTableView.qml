@@ -42,6 +42,41 @@ Page {
         queue: screen.queue
         peeking: screen.peeking
         onAlertRequested: message => alert.show(message)
+        onMatchRevealRequested: revealLater.restart()
+    }
+
+    // Opened from a searched form: its section or block comes into view, once
+    // the presentation shown has its size (a column just given its first verb
+    // is laid out after this).
+    property int pendingReveal: -1
+    function revealMatch() {
+        pendingReveal = controller.matchedSection
+        revealPending()
+    }
+    function revealPending() {
+        if (pendingReveal < 0)
+            return
+        const view = screen.regularWidth ? grid : table
+        if (!view.visible || view.height <= 0)
+            return
+        if (screen.regularWidth)
+            grid.revealBlock(pendingReveal - 1)
+        else
+            table.revealSection(pendingReveal)
+        pendingReveal = -1
+    }
+    Component.onCompleted: if (controller.matchedSection >= 0) revealLater.restart()
+
+    // After the bindings and the reset views have settled.
+    Timer {
+        id: revealLater
+        interval: 0
+        onTriggered: screen.revealMatch()
+    }
+    Timer {
+        id: pendingLater
+        interval: 0
+        onTriggered: screen.revealPending()
     }
 
     header: DetailBar {
@@ -74,14 +109,18 @@ Page {
 
         // Both presentations are fed together; the width decides which one shows.
         ConjugationTable {
+            id: table
             Layout.fillWidth: true
+            onHeightChanged: pendingLater.restart()
             Layout.fillHeight: true
             visible: controller.hasVerb && !screen.regularWidth
             model: controller.tableModel
         }
 
         ConjugationGrid {
+            id: grid
             Layout.fillWidth: true
+            onHeightChanged: pendingLater.restart()
             Layout.fillHeight: true
             visible: controller.hasVerb && screen.regularWidth
             model: controller.gridModel

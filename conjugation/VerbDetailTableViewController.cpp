@@ -53,6 +53,8 @@ void VerbDetailTableViewController::setSelectedVerb(VerbPtr verb)
         return;
     m_player->stop();
     m_verb = std::move(verb);
+    // Marks belong to the verb they were searched in.
+    m_matches.clear();
     m_chosenSection = 0;
     emit verbChanged();
     emit reportChanged();
@@ -97,6 +99,38 @@ void VerbDetailTableViewController::setVerbObject(QObject *verb)
         return;
     m_verbObject = verb;
     setSelectedVerb(VerbRef::from(verb));
+    const QList<FormCell> matches = VerbRef::matchesFrom(verb);
+    if (matches.isEmpty() && m_matches.isEmpty())
+        return;
+    openAtMatches(matches);
+    if (m_viewLoaded)
+        reloadPresentations();
+    if (!m_matches.isEmpty())
+        emit matchRevealRequested();
+}
+
+void VerbDetailTableViewController::openAtMatches(const QList<FormCell> &matches)
+{
+    m_matches = matches;
+    const int group = matches.isEmpty() ? -1 : ConjugationGroups::groupOf(matches.first().type);
+    if (group < 0 || group == m_selectedSegment)
+        return;
+    m_selectedSegment = group;
+    m_chosenSection = 0;
+    emit selectedSegmentChanged();
+    emit reportChanged();
+}
+
+int VerbDetailTableViewController::matchedSection() const
+{
+    for (const FormCell &cell : m_matches) {
+        for (int section = 1; section < numberOfSections(); ++section) {
+            const auto *tense = ConjugationGroups::tense(m_selectedSegment, section - 1);
+            if (tense && cell.type == QLatin1String(tense->typeId))
+                return section;
+        }
+    }
+    return -1;
 }
 
 void VerbDetailTableViewController::setQueueObject(QObject *queue)

@@ -3,6 +3,7 @@
 #include "NotificationCenter.h"
 #include "PronunciationPlayer.h"
 #include "Verb.h"
+#include "VerbRef.h"
 #include "VerbRepository.h"
 
 #include <QAbstractItemModel>
@@ -52,6 +53,9 @@ class VerbDetailTableViewController : public QObject, public QQmlParserStatus
     Q_PROPERTY(QString reportName READ reportName CONSTANT)
     Q_PROPERTY(QString reportSubject READ reportSubject NOTIFY reportChanged)
     Q_PROPERTY(QString reportDetails READ reportDetails NOTIFY reportChanged)
+    // The table section (the grid's block + 1) holding a searched form in the
+    // selected mood, -1 for none.
+    Q_PROPERTY(int matchedSection READ matchedSection NOTIFY contentChanged)
 
 public:
     explicit VerbDetailTableViewController(QObject *parent = nullptr);
@@ -136,6 +140,18 @@ public:
     QString reportSubject() const;
     QString reportDetails() const;
 
+    // Opened from a searched form: its cells, the chosen one first. The screen
+    // shows the chosen one's mood and marks every one of them.
+    const QList<FormCell> &matches() const { return m_matches; }
+    // `form` at `index` of the list of its type.
+    bool matchesSearch(const QString &type, const Conjugation &form, int index) const
+    {
+        // A form's order is its pronoun id; 0 for the forms without one.
+        const int pronoun = int(form.order);
+        return m_matches.contains(FormCell{type, pronoun, pronoun ? 0 : index});
+    }
+    int matchedSection() const;
+
 signals:
     void verbChanged();
     void queueChanged();
@@ -146,8 +162,11 @@ signals:
     void speakingKeyChanged();
     void alertRequested(const QString &message);
     void reportChanged();
+    // The views scroll the matched section into view.
+    void matchRevealRequested();
 
 private:
+    void openAtMatches(const QList<FormCell> &matches);
     void reloadPresentations();
     void verbFavouriteToggled(const Notification &notification);
     void verbReplaced();
@@ -167,6 +186,7 @@ private:
     ConjugationSectionModel *m_gridModel;
     PronunciationPlayer *m_player;
     ObserverSet m_observers;
+    QList<FormCell> m_matches;
 };
 
 } // namespace norvella

@@ -2,6 +2,8 @@
 
 #include "CrashLog.h"
 #include "Database.h"
+#include "FormAnalysisSource.h"
+#include "SearchFormsModel.h"
 #include "Settings.h"
 #include "TranslationLanguages.h"
 
@@ -30,7 +32,17 @@ SearchIndex::Query queryFor(const QString &text, const Settings &settings, const
 
 } // namespace
 
-SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent) : VerbTableModel(parent) {}
+SearchResultsTableViewController::SearchResultsTableViewController(QObject *parent)
+    : VerbTableModel(parent), m_forms(new SearchFormsModel(this)), m_formSource(new FormAnalysisSource(this))
+{
+    // Typing right after launch: the section shows as soon as the analysis is read.
+    connect(m_formSource, &FormAnalysisSource::ready, this, &SearchResultsTableViewController::updateForms);
+    connect(m_forms, &SearchFormsModel::selected, this, &SearchResultsTableViewController::selectForm);
+    connect(this, &VerbTableModel::queueChanged, this, [this] {
+        if (!queue())
+            m_forms->setReadings({}, false);
+    });
+}
 
 SearchResultsTableViewController::~SearchResultsTableViewController() = default;
 
@@ -76,8 +88,31 @@ bool SearchResultsTableViewController::waitForIndex()
     return repository() && repository()->waitForSearchIndex();
 }
 
-void SearchResultsTableViewController::search(const QString &query)
+void SearchResultsTableViewController::prepareForms()
 {
+    if (const auto q = queue())
+        m_formSource->start(q->path());
+}
+
+bool SearchResultsTableViewController::waitForForms()
+{
+    prepareForms();
+    return m_formSource->wait();
+}
+
+void SearchResultsTableViewController::updateForms()
+{
+    const auto analysis = queue() ? m_formSource->analysis() : nullptr;
+    // Every reading the table shows: "parli" is also the imperative's lui/lei there.
+    m_forms->setReadings(analysis ? analysis->analyse(m_query, FormAnalysis::Imperatives::AsShown)
+                                  : QList<FormReading>(),
+                         Preferences::showTranslated(settings()));
+}
+
+void SearchResultsTableViewController::search(const QString &typed)
+{
+    // A text of spaces is the empty search; QString::trimmed keeps a null text null.
+    const QString query = typed.trimmed();
     if (query != m_query || query.isNull() != m_query.isNull()) {
         m_query = query;
         emit queryChanged();
@@ -90,6 +125,9 @@ void SearchResultsTableViewController::search(const QString &query)
     m_verbs.clear();
     m_hits.clear();
     m_hitsIndex.reset();
+    if (queue())
+        prepareForms();
+    updateForms();
     if (!queue())
         return;
     std::shared_ptr<const SearchIndex> index;
@@ -153,6 +191,27 @@ const QList<VerbPtr> &SearchResultsTableViewController::verbs() const
 VerbPtr SearchResultsTableViewController::createRowVerb(int row) const
 {
     return row >= 0 && row < m_verbs.size() ? verbAt(row) : nullptr;
+}
+
+void SearchResultsTableViewController::selectForm(int row)
+{
+    const FormReading *reading = m_forms->readingAt(row);
+    if (!reading || !repository() || !m_delegate)
+        return;
+    const QList<FormCell> cells = m_forms->cellsFor(row);
+    // Read afresh, with its favourite mark, as a result row would hand it over.
+    VerbPtr verb;
+    repository()->readVerbs(
+            QStringLiteral("SELECT verb._id, voice_available, english, german, french, spanish, dutch, "
+                           "lower(italian) as italian, portuguese, favourite._id as favourite_available FROM verb "
+                           "LEFT OUTER JOIN favourite ON verb._id = favourite.verbid WHERE verb._id = ? LIMIT 1"),
+            {reading->verbId}, VerbRowFields::Shown, DatabaseErrors::PerformingSearch,
+            [&verb](const VerbPtr &read, const ResultSet &) { verb = read; });
+    if (!verb) {
+        CrashLog::log(QStringLiteral("The verb of a searched form is not in the database: %1").arg(reading->verbId));
+        return;
+    }
+    m_delegate->searchFormSelected(verb, cells);
 }
 
 void SearchResultsTableViewController::selectRow(int row)
