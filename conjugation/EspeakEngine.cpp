@@ -1,4 +1,5 @@
 #include "EspeakEngine.h"
+#include "SpeechSynthesizer.h"
 
 #include "SystemVolume.h"
 
@@ -11,6 +12,9 @@
 #include <chrono>
 #include <limits>
 #include <vector>
+
+static_assert(int(norvella::SpeechSynthesizer::MinimumSpeechRate) == espeakRATE_MINIMUM,
+              "the slow speeds are spread above the engine's real minimum");
 
 namespace norvella::detail {
 

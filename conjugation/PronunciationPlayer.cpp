@@ -73,9 +73,19 @@ float PronunciationPlayer::progressFor(int start, int textLength)
     return std::max(float(start) / float(textLength) * 1.1f, 0.1f);
 }
 
+// The engine will not speak slower than its minimum, so a plain product would
+// make 25 % and 50 % sound the same. The slow settings share out the range the
+// engine really honours, from the minimum at 25 % up to normal at 100 %; faster
+// settings stay proportional.
 double PronunciationPlayer::speechRate(const Settings &settings)
 {
-    return SpeechSynthesizer::DefaultSpeechRate * Preferences::audioSpeed(settings);
+    constexpr double slowest = 0.25;
+    const double speed = Preferences::audioSpeed(settings);
+    if (speed >= 1.0)
+        return SpeechSynthesizer::DefaultSpeechRate * speed;
+    const double share = std::max(0.0, speed - slowest) / (1.0 - slowest);
+    return SpeechSynthesizer::MinimumSpeechRate
+            + share * (SpeechSynthesizer::DefaultSpeechRate - SpeechSynthesizer::MinimumSpeechRate);
 }
 
 QString PronunciationPlayer::spokenText(const Conjugation &form)

@@ -22,6 +22,8 @@ class SpeechSynthesizer : public QObject
 public:
     // espeak-ng's normal speed, in words per minute.
     static constexpr double DefaultSpeechRate = 175.0;
+    // The slowest espeak-ng speaks; a slower request sounds exactly like this.
+    static constexpr double MinimumSpeechRate = 80.0;
 
     explicit SpeechSynthesizer(QObject *parent = nullptr);
     explicit SpeechSynthesizer(const QString &language, QObject *parent = nullptr);

@@ -5,6 +5,7 @@
 #include "SpeechSynthesizer.h"
 
 #include <QPainter>
+#include <QTemporaryDir>
 
 #include <numbers>
 
@@ -128,7 +129,7 @@ private slots:
         RoundProgressView second;
         screen.toggleSpeech(QStringLiteral("6:0"), &first);
         QCOMPARE(m_synth->said, QStringList{QStringLiteral("io vado")});
-        QCOMPARE(m_synth->rates, QList<double>{SpeechSynthesizer::DefaultSpeechRate * 0.5});
+        QCOMPARE(m_synth->rates, QList<double>{PronunciationPlayer::speechRate(*m_fixture->settings)});
         // The first word shows a sliver; later ones a share of the text, a little ahead.
         m_synth->word(0, 2);
         QCOMPARE(first.progress(), 0.1f);
@@ -215,6 +216,35 @@ private slots:
         // Character positions, not bytes: "sarò" has a two-byte letter before "andato".
         QCOMPARE(QList<QVariantList>(words), (QList<QVariantList>{{0, 2}, {3, 4}, {8, 6}}));
         QVERIFY(synth.lastSampleCount() > 10000); // well over half a second at 22 kHz
+    }
+
+    // The four speeds the settings offer must sound different through the real
+    // engine: each slower one makes the same words measurably longer, and none
+    // asks for less than the engine will do.
+    void everySpeedChoiceIsAudiblyDistinct()
+    {
+        SpeechSynthesizer synth;
+        QVERIFY2(synth.hasVoice(), "espeak-ng's Italian voice is missing (Debian package espeak-ng-data)");
+        synth.setPlaysAudio(false);
+        QSignalSpy finished(&synth, &SpeechSynthesizer::didFinish);
+        QTemporaryDir dir;
+        Settings settings(dir.filePath("speeds.json"));
+        QList<int> lengths;
+        double previousRate = 1e9;
+        for (const double speed : {1.0, 0.75, 0.5, 0.25}) {
+            settings.setDouble(SettingsKeys::AudioSpeed, speed);
+            const double rate = PronunciationPlayer::speechRate(settings);
+            QVERIFY2(rate >= SpeechSynthesizer::MinimumSpeechRate && rate < previousRate, qPrintable(QString::number(rate)));
+            previousRate = rate;
+            synth.say(QStringLiteral("che noi fossimo andati"), rate);
+            QTRY_COMPARE_WITH_TIMEOUT(finished.count(), lengths.size() + 1, 20000);
+            lengths << synth.lastSampleCount();
+        }
+        for (int i = 1; i < lengths.size(); ++i)
+            QVERIFY2(lengths[i] > lengths[i - 1] * 1.12,
+                     qPrintable(QStringLiteral("samples per speed: %1").arg(QString::number(lengths[i - 1]) + " then " + QString::number(lengths[i]))));
+        settings.setDouble(SettingsKeys::AudioSpeed, 0.0);
+        QCOMPARE(PronunciationPlayer::speechRate(settings), SpeechSynthesizer::DefaultSpeechRate);
     }
 };
 
