@@ -97,6 +97,16 @@ QString groupTitleKey(int group)
     return isValidGroup(group) ? QString::fromLatin1(keys[size_t(group)]) : QString();
 }
 
+QString groupTitleKey(int group, bool showTranslated)
+{
+    if (!showTranslated)
+        return groupTitleKey(group);
+    static const std::array<const char *, GroupCount> keys = {
+            "type.indicative.full_italian", "type.subjunctive.full_italian", "type.conditional.full_italian",
+            "type.other.full_italian"};
+    return isValidGroup(group) ? QString::fromLatin1(keys[size_t(group)]) : QString();
+}
+
 QString analyticsValue(int segment)
 {
     static const std::array<const char *, GroupCount> values = {

@@ -33,6 +33,8 @@ QString titleKey(int group, int index, bool showTranslated);
 int groupOf(const QString &typeId);
 // Key of the segment title of a group ("type.indicative.full" ...), empty outside 0..3.
 QString groupTitleKey(int group);
+// The mood's name as the tense titles show it: in Italian with "ShowTranslated".
+QString groupTitleKey(int group, bool showTranslated);
 // Analytics value of a segment; any other index gives "CONJUGATIONS_NA".
 QString analyticsValue(int segment);
 

@@ -350,8 +350,9 @@ QString VerbDetailTableViewController::verbRowText() const
 QStringList VerbDetailTableViewController::segmentTitles() const
 {
     QStringList titles;
+    const bool italian = Preferences::showTranslated(*m_settings);
     for (int group = 0; group < ConjugationGroups::GroupCount; ++group)
-        titles << Strings::text(ConjugationGroups::groupTitleKey(group));
+        titles << Strings::text(ConjugationGroups::groupTitleKey(group, italian));
     return titles;
 }
 

@@ -39,7 +39,7 @@ class VerbDetailTableViewController : public QObject, public QQmlParserStatus
     Q_PROPERTY(QString verbRowText READ verbRowText NOTIFY contentChanged)
     Q_PROPERTY(QString usageNotes READ usageNotes NOTIFY contentChanged)
     Q_PROPERTY(int selectedSegment READ selectedSegment NOTIFY selectedSegmentChanged)
-    Q_PROPERTY(QStringList segmentTitles READ segmentTitles CONSTANT)
+    Q_PROPERTY(QStringList segmentTitles READ segmentTitles NOTIFY contentChanged)
     Q_PROPERTY(bool isFavourite READ isFavourite NOTIFY favouriteChanged)
     Q_PROPERTY(QUrl favouriteIcon READ favouriteIcon NOTIFY favouriteChanged)
     Q_PROPERTY(QString favouriteName READ favouriteName NOTIFY favouriteChanged)

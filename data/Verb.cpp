@@ -110,9 +110,15 @@ QString withChe(const QString &pronoun)
     return QStringLiteral("che ") + pronoun;
 }
 
-QString titleWithTranslation(const QString &infinitive, const QString &translation)
+QString translationBeside(const QString &infinitive, const QString &translation)
 {
     const QString shown = translation.trimmed();
+    return shown.compare(infinitive.trimmed(), Qt::CaseInsensitive) == 0 ? QString() : shown;
+}
+
+QString titleWithTranslation(const QString &infinitive, const QString &translation)
+{
+    const QString shown = translationBeside(infinitive, translation);
     if (shown.isEmpty())
         return infinitive;
     return infinitive + QStringLiteral(" (") + shown + QLatin1Char(')');

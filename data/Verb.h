@@ -34,6 +34,9 @@ QString withChe(const QString &pronoun);
 // "infinitive (translation)", or the bare infinitive when there is no
 // translation to show: never an empty pair of brackets.
 QString titleWithTranslation(const QString &infinitive, const QString &translation);
+// The translation worth showing beside the infinitive: empty when it only
+// repeats it, as Italian chosen as the translation language does.
+QString translationBeside(const QString &infinitive, const QString &translation);
 
 // How a verb is used beyond its forms, as the master's verb_usage table says;
 // VerbUsage.h turns it into the notes the screens and exports print.

@@ -129,20 +129,30 @@ private slots:
         QCOMPARE(screen.verbRowText(), QStringLiteral("andare (to go)"));
         m_fixture->settings->setString(SettingsKeys::TranslationLanguage, QStringLiteral("de"));
         QCOMPARE(screen.verbRowText(), QStringLiteral("andare (gehen)"));
+        // Italian as the translation language would only say the infinitive twice.
+        m_fixture->settings->setString(SettingsKeys::TranslationLanguage, QStringLiteral("it"));
+        QCOMPARE(screen.verbRowText(), QStringLiteral("andare"));
+        m_fixture->settings->setString(SettingsKeys::TranslationLanguage, QStringLiteral("de"));
         QCOMPARE(screen.numberOfRowsInSection(9) + screen.numberOfRowsInSection(-1), 0);
         screen.selectVerbTypes(4);
         QCOMPARE(screen.tableModel()->rowCount(), 0);
 
-        // Titles follow "show translated" on a refresh, or on the notification any screen can post.
+        // Titles, the moods' among them, follow "show translated" on a refresh, or on the
+        // notification any screen can post.
         screen.selectVerbTypes(0);
+        QCOMPARE(screen.segmentTitles().first(), QStringLiteral("Indicative"));
         m_fixture->settings->setBool(SettingsKeys::ShowTranslated, true);
+        QSignalSpy moodTitles(&screen, &VerbDetailTableViewController::contentChanged);
         screen.refreshConjugations();
+        QVERIFY(!moodTitles.isEmpty());
+        QCOMPARE(screen.segmentTitles(), (QStringList{"Indicativo", "Congiuntivo", "Condizionale", "Altre forme"}));
         QCOMPARE(data(screen.tableModel(), 1, ConjugationSectionModel::TitleRole).toString(), QStringLiteral("Presente"));
         QCOMPARE(data(screen.gridModel(), 1, ConjugationSectionModel::TitleRole).toString(), QStringLiteral("Passato prossimo"));
         QCOMPARE(screen.numberOfRowsInSection(1), 6);
         m_fixture->settings->setBool(SettingsKeys::ShowTranslated, false);
         NotificationCenter::defaultCenter().post(Notifications::RefreshConjugations);
         QCOMPARE(data(screen.gridModel(), 0, ConjugationSectionModel::TitleRole).toString(), QStringLiteral("Present"));
+        QCOMPARE(screen.segmentTitles().last(), QStringLiteral("Other forms"));
     }
 
     void modelsAndChromeFollowTheVerb()
