@@ -15,7 +15,9 @@ Popup {
     property alias saveFolder: shareController.saveFolder
     readonly property alias controller: shareController
 
+    // A phone on its side has the width but not the height for a popover.
     readonly property bool popover: anchorItem !== null && parent !== null && parent.width >= 700
+                                    && parent.height >= 500
 
     function exportVerb(verbRef) {
         if (shareController.exportVerb(verbRef))
@@ -26,9 +28,15 @@ Popup {
         if (!parent)
             return;
         if (popover) {
+            // Below the button when it fits there, else above it (a button in a
+            // bottom bar), so the sheet never covers what it was opened from.
+            const top = anchorItem.mapToItem(parent, 0, 0);
             const corner = anchorItem.mapToItem(parent, anchorItem.width, anchorItem.height);
             x = Math.max(8, Math.min(corner.x - width, parent.width - width - 8));
-            y = Math.max(8, Math.min(corner.y + 4, parent.height - height - 8));
+            if (corner.y + 4 + height <= parent.height - 8)
+                y = corner.y + 4;
+            else
+                y = Math.max(8, top.y - height - 4);
         } else {
             x = Math.round((parent.width - width) / 2);
             y = parent.height - height - 8;
