@@ -213,7 +213,7 @@ void TestMaster::paradigmShapeAndOrder()
     QStringList problems;
     for (const MasterVerb &verb : std::as_const(m_verbs)) {
         // A verb with a clitic lacks what its base lacks and what defective.tsv says of it
-        // (volerci: third persons only).
+        // (avercela: no imperative).
         QHash<QString, QList<int>> kept = defective.value(baseOf.value(verb.italian, verb.italian));
         if (baseOf.contains(verb.italian)) {
             const QHash<QString, QList<int>> own = defective.value(verb.italian);

@@ -74,16 +74,15 @@ void TestParadigms::initTestCase()
 void TestParadigms::compoundTensesOnlyInPersonsTheVerbHas()
 {
     // The auxiliary has every person, the verb may not: volerci has ci vuole, ci vogliono
-    // and so only c'è voluto, ci sono voluti. A verb with a participle and a person in the
-    // present has that person in every compound tense.
+    // and so only c'è voluto, ci sono voluti, whichever source says it lacks the others.
+    // A verb with a participle and a person in the present has that person in every
+    // compound tense.
     QStringList problems;
-    int restricted = 0;
     for (const MasterVerb &v : std::as_const(m_verbs)) {
         const bool hasParticiple = !v.ofType(4).isEmpty();
         for (int person = 1; person <= 6; ++person) {
             const bool inSimple = std::any_of(simpleTenses.cbegin(), simpleTenses.cend(),
                                               [&](int type) { return !v.form(type, person).isEmpty(); });
-            restricted += !inSimple && hasParticiple;
             for (const int type : compoundTenses) {
                 const bool inCompound = !v.form(type, person).isEmpty();
                 if (inCompound && !inSimple)
@@ -98,7 +97,6 @@ void TestParadigms::compoundTensesOnlyInPersonsTheVerbHas()
     QCOMPARE(volerci->ofType(7).size(), 2);
     QCOMPARE(volerci->form(7, 3), QStringLiteral("c'è voluto/a"));
     QCOMPARE(volerci->form(20, 6), QStringLiteral("ci sarebbero voluti/e"));
-    QVERIFY(restricted >= 4);
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
 

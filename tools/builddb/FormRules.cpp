@@ -199,7 +199,7 @@ public:
         m_report.defective.verbs = int(verbs.size());
     }
 
-    // A pronominal verb lacking forms its base has (volerci: third persons only) gets
+    // A pronominal verb lacking forms its base has (avercela: no imperative) gets
     // its own copy of the base's forms with the gaps, after applyFamilies.
     void applyPronominalDefective()
     {

@@ -165,8 +165,8 @@ public:
             for (int slot = 0; slot < 4; ++slot)
                 add(ParticipioPassato, 0, participle[slot]);
         }
-        // A person the verb never has in a simple tense (volerci: only ci vuole, ci
-        // vogliono) has no compound tense either, although the auxiliary has every person.
+        // A person the verb never has in a simple tense (a "finite" line of defective.tsv)
+        // has no compound tense either, although the auxiliary has every person.
         std::array<bool, 6> hasPerson = {};
         for (const CompoundTense &tense : finiteTenses) {
             for (int person = 1; person <= 6; ++person)

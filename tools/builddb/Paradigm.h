@@ -58,7 +58,7 @@ struct Entries
     QStringList provisionalIds;    // verbs verb-ids.tsv does not list yet
     int fareEnclitics = 0;         // assuefatti: enclitic imperatives on a compound's -fa'
     int elisions = 0;              // se n'è andato
-    int compoundPersonsLeftOut = 0; // ci sono voluto: persons the simple tenses lack
+    int compoundPersonsLeftOut = 0; // persons the simple tenses lack
     QMap<QString, int> clusterVerbs; // "sene" -> how many verbs end in that cluster
 };
 
