@@ -1,7 +1,7 @@
 // Checks the built master verbs.db for rules that cut across the form classes of
-// tst_forms: persons a verb lacks in every tense, the i of -ciare/-giare before e,
-// compounds conjugated wholly like their model, doublets that keep their own spelling
-// and the elision of the clitics la and ci.
+// tst_forms: persons a verb lacks in every tense, the i of -ciare/-giare before e, the
+// cc of -acere before i, compounds conjugated wholly like their model, doublets that
+// keep their own spelling and the elision of the clitics la and ci.
 
 #include "MasterData.h"
 
@@ -46,6 +46,7 @@ private slots:
     void initTestCase();
     void compoundTensesOnlyInPersonsTheVerbHas();
     void ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed();
+    void acereDoublesItsCBeforeI();
     void wholeCompoundsFollowTheirModelInEveryForm();
     void doubletsKeepTheirOwnSpelling();
     void laAndCiAreElidedBeforeAVowel();
@@ -132,6 +133,27 @@ void TestParadigms::ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed()
             problems << name + ": '" + (v ? v->form(10, 1) : QString()) + "', expected '" + expected + "'";
     }
     QVERIFY(checked > 300);
+    QVERIFY2(problems.isEmpty(), describe(problems));
+}
+
+void TestParadigms::acereDoublesItsCBeforeI()
+{
+    // piacere, giacere, tacere and their compounds write cc where the ending starts with
+    // i, as in piaccio: piacciamo, giacciamo, tacciate.
+    QStringList problems;
+    int checked = 0;
+    for (const MasterVerb &v : std::as_const(m_verbs)) {
+        if (!v.italian.endsWith(QLatin1String("acere")))
+            continue;
+        ++checked;
+        const QString stem = v.italian.chopped(3) + u'c'; // giacc-
+        for (const auto &[type, person, ending] : QList<std::tuple<int, int, QString>>{
+                 {6, 4, "iamo"}, {14, 4, "iamo"}, {15, 4, "iamo"}, {15, 5, "iate"}}) {
+            if (v.form(type, person) != stem + ending)
+                problems << QStringLiteral("%1: type %2 person %3 '%4'").arg(v.italian).arg(type).arg(person).arg(v.form(type, person));
+        }
+    }
+    QVERIFY(checked >= 8);
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
 
