@@ -1,7 +1,7 @@
 // Checks the built master verbs.db for rules that cut across the form classes of
 // tst_forms: persons a verb lacks in every tense, the i of -ciare/-giare before e, the
 // cc of -acere before i, compounds conjugated wholly like their model, doublets that
-// keep their own spelling and the elision of the clitics la and ci.
+// keep their own spelling, the elision of the clitics la and ci, and lone irregular forms.
 
 #include "MasterData.h"
 
@@ -50,6 +50,7 @@ private slots:
     void wholeCompoundsFollowTheirModelInEveryForm();
     void doubletsKeepTheirOwnSpelling();
     void laAndCiAreElidedBeforeAVowel();
+    void noVerbIsIrregularInASingleForm();
 
 private:
     const MasterVerb *verb(const QString &name) const
@@ -286,6 +287,25 @@ void TestParadigms::laAndCiAreElidedBeforeAVowel()
         }
     }
     QVERIFY(elided > 50);
+    QVERIFY2(problems.isEmpty(), describe(problems));
+}
+
+void TestParadigms::noVerbIsIrregularInASingleForm()
+{
+    // Italian irregularity comes in whole stems (crebbi, crebbe, crebbero) or whole tenses;
+    // one lone form off its verb's regular paradigm is a slip of the source (arrocchii
+    // among arrochisti, arrochì). The Latin present participles in -enziente are the
+    // exception grammar knows.
+    const MasterDb db(QStringLiteral(NORVELLA_MASTER_DB));
+    QStringList problems;
+    const auto rows = db.rows("SELECT v.italian, min(c.conjugation_type_id), min(c.verb) FROM verb v"
+                              " JOIN conjugation c ON c.verbid = v._id WHERE v.model_id IS NULL AND c.irregular <> 0"
+                              " GROUP BY v._id HAVING count(*) = 1");
+    for (const QVariantList &row : rows) {
+        if (row[1].toInt() != 2 || !row[2].toString().endsWith(QLatin1String("enziente")))
+            problems << row[0].toString() + ": " + row[2].toString();
+    }
+    QVERIFY(!rows.isEmpty()); // consenziente
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
 
