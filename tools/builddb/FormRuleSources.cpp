@@ -56,7 +56,7 @@ QList<Family> readFamilies(const QString &path)
         const QString &ending = cells[0];
         if (!byEnding.contains(ending)) {
             byEnding.insert(ending, families.size());
-            families.append({ending, {}, {}, {}, {}});
+            families.append({ending, {}, {}, {}, {}, {}});
         }
         Family &family = families[byEnding[ending]];
         const QStringList verbs = cells[2].split(u' ', Qt::SkipEmptyParts);
@@ -74,6 +74,8 @@ QList<Family> readFamilies(const QString &path)
             family.model = verbs[0];
         } else if (role == QLatin1String("compounds")) {
             family.compounds << verbs;
+        } else if (role == QLatin1String("whole")) {
+            family.whole << verbs;
         } else if (role == QLatin1String("own")) {
             family.own << verbs;
         } else if (role == QLatin1String("unrelated")) {

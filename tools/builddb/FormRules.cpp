@@ -64,6 +64,8 @@ public:
         for (const Family &family : rules.families) {
             for (const QString &compound : family.compounds)
                 m_compounds.insert(compound);
+            for (const QString &compound : family.whole)
+                m_whole.insert(compound);
         }
     }
 
@@ -74,6 +76,8 @@ public:
             return true;
         if (verb.endsWith(QLatin1String("ire")) && m_rules.ire.value(verb, IscClass::Isc) != IscClass::Plain
             && contains(iscCells, tense, slot))
+            return true;
+        if (m_whole.contains(verb))
             return true;
         return m_compounds.contains(verb) && (tense == PastParticiple || tense == IndRemotePast);
     }
@@ -121,6 +125,30 @@ public:
             for (const Cell &cell : iareCells) {
                 const QString ending = cell.slot == 5 ? QStringLiteral("ino") : QStringLiteral("i");
                 tally.cells += setCell(forms.tenses[cell.tense][cell.slot], stem + ending);
+            }
+            if (name.endsWith(QLatin1String("ciare")) || name.endsWith(QLatin1String("giare")))
+                applyIareFuture(name, isStressed, forms);
+        }
+    }
+
+    // After c and g an unstressed i only softens the consonant and is not written
+    // before e (comincerò, mangerei, lascerò); a stressed one is a vowel of its own and
+    // stays (scierò, scierei).
+    void applyIareFuture(const QString &name, bool isStressed, VerbForms &forms)
+    {
+        const QString kept = name.chopped(3) + QLatin1String("er");
+        const QString dropped = name.chopped(4) + QLatin1String("er");
+        const QString &wrong = isStressed ? dropped : kept;
+        const QString &right = isStressed ? kept : dropped;
+        ++m_report.iareFuture.verbs;
+        for (const Tense tense : {IndFuture, CondPresent}) {
+            for (QString &cell : forms.tenses[tense]) {
+                QStringList variants = variantsOf(cell);
+                for (QString &variant : variants) {
+                    if (variant.startsWith(wrong))
+                        variant = right + variant.mid(wrong.size());
+                }
+                m_report.iareFuture.cells += setCell(cell, variants.join(variantSeparator));
             }
         }
     }
@@ -171,7 +199,7 @@ public:
         m_report.defective.verbs = int(verbs.size());
     }
 
-    // A pronominal verb lacking forms its base has (volerci: third persons only) gets
+    // A pronominal verb lacking forms its base has (avercela: no imperative) gets
     // its own copy of the base's forms with the gaps, after applyFamilies.
     void applyPronominalDefective()
     {
@@ -194,6 +222,9 @@ public:
     {
         checkFamilyMembers();
         for (const DefectiveRule &rule : m_rules.defective) {
+            if (m_whole.contains(rule.verb))
+                throw SourceError(QStringLiteral("%1: '%2' is conjugated wholly like its model in families.tsv;"
+                                                 " list it there as own instead").arg(rule.where, rule.verb));
             if (m_compounds.contains(rule.verb) && (rule.tense == QLatin1String("pp") || rule.tense == QLatin1String("ind.prem")))
                 throw SourceError(QStringLiteral("%1: '%2' is a compound of families.tsv, which gives it its model's"
                                                  " %3; list it there as own instead").arg(rule.where, rule.verb, rule.tense));
@@ -217,10 +248,56 @@ public:
                     }
                 }
             }
+            for (const QString &compound : family.whole) {
+                VerbForms &forms = verbOf(m_sources, compound, QStringLiteral("families.tsv"));
+                ++m_report.compounds.verbs;
+                ++m_report.wholeCompounds.verbs;
+                for (int tense = 0; tense < TenseCount; ++tense) {
+                    for (int slot = 0; slot < tenseSize(Tense(tense)); ++slot) {
+                        const QString value = compoundCell(family, compound, Tense(tense), model.tenses[tense][slot]);
+                        const int changed = setCell(forms.tenses[tense][slot], value);
+                        m_report.compounds.cells += changed;
+                        m_report.wholeCompounds.cells += changed;
+                    }
+                }
+            }
         }
     }
 
 private:
+    // A model's cell with the compound's prefix for the model's: dà -> ridà. A monosyllable
+    // is stressed on its vowel, which the longer word has to write (do -> ridò, sta ->
+    // sottostà, ho -> riò: avere's h is not written inside a word, riavere: rianno). Of
+    // an imperative with a truncated form beside the full one only the full one is
+    // prefixed (sta' / stai -> sottostai).
+    QString compoundCell(const Family &family, const QString &compound, Tense tense, const QString &cell) const
+    {
+        const QString modelPrefix = family.model.chopped(family.ending.size());
+        const QString prefix = compound.chopped(family.ending.size());
+        QStringList forms = variantsOf(cell);
+        if (tense == Imperative && forms.size() > 1)
+            forms.removeIf([](const QString &form) { return form.endsWith(u'\''); });
+        for (QString &form : forms) {
+            if (form.isEmpty())
+                continue;
+            if (!form.startsWith(modelPrefix))
+                throw SourceError(QStringLiteral("families.tsv: %1 of the model %2 does not start with its prefix '%3'")
+                                      .arg(form, family.model, modelPrefix));
+            QString rest = form.mid(modelPrefix.size());
+            if (!prefix.isEmpty() && rest.startsWith(u'h'))
+                rest.remove(0, 1);
+            static const QString plain = QStringLiteral("aeiou");
+            static const QString accented = QStringLiteral("àèìòù");
+            const auto vowels = std::count_if(rest.cbegin(), rest.cend(), [](QChar c) {
+                return plain.contains(c) || accented.contains(c);
+            });
+            if (!prefix.isEmpty() && vowels == 1 && !rest.isEmpty() && plain.contains(rest.back()))
+                rest.back() = accented[plain.indexOf(rest.back())];
+            form = prefix + rest;
+        }
+        return forms.join(variantSeparator);
+    }
+
     bool isPronominalOnly(const QString &verb) const
     {
         return !m_sources.forms.count(verb)
@@ -258,7 +335,7 @@ private:
         QHash<QString, const Family *> listedIn;
         for (const Family &family : m_rules.families) {
             byEnding.insert(family.ending, &family);
-            for (const QStringList *verbs : {&family.compounds, &family.own, &family.unrelated}) {
+            for (const QStringList *verbs : {&family.compounds, &family.whole, &family.own, &family.unrelated}) {
                 for (const QString &verb : *verbs)
                     listedIn.insert(verb, &family);
             }
@@ -294,6 +371,7 @@ private:
     Sources &m_sources;
     RuleReport &m_report;
     QSet<QString> m_compounds;
+    QSet<QString> m_whole;
 };
 
 } // namespace

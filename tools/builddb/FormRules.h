@@ -4,7 +4,8 @@
 // forms.tsv and applied to its forms before the paradigms are built:
 //   stressed-i.tsv  -iare verbs with a stressed i (tu invii, che loro inviino)
 //   isc.tsv         -ire verbs without -isc-, or with both; every other one takes it
-//   families.tsv    compounds take the participle and passato remoto of their model
+//   families.tsv    compounds take the participle and passato remoto of their model,
+//                   or every form of it (ridare as dare)
 //   defective.tsv   forms defective verbs lack
 //   variants.tsv    cells with two standard forms, or with the standard one
 // Readers throw SourceError with "file:line: message"; so does applying rules that
@@ -24,6 +25,7 @@ struct Family
     QString ending; // "cutere"
     QString model;  // "discutere"
     QStringList compounds;
+    QStringList whole; // conjugated in every tense like the model (ridare: ridò, ridiedi)
     QStringList own;
     QStringList unrelated;
 };
@@ -64,11 +66,13 @@ struct RuleReport
 {
     RuleTally stressedI;      // listed verbs: tu -ii, che loro -iino
     RuleTally unstressedI;    // every other -iare verb: one i
+    RuleTally iareFuture;     // -ciare/-giare: comincerò, but scierò with a stressed i
     RuleTally isc;            // -ire verbs with -isc-
     RuleTally plainIre;       // -ire verbs without it (cells: none are changed)
     RuleTally alternatingIre; // -ire verbs with both
     int families = 0;
     RuleTally compounds;      // family compounds: participle and passato remoto
+    RuleTally wholeCompounds; // family compounds conjugated wholly like their model
     RuleTally defective;      // cells: forms removed
     RuleTally twoForms;       // cells: cells showing two standard forms
     RuleTally standardForm;   // cells: a less usual form replaced by the standard one

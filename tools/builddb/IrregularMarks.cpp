@@ -109,8 +109,10 @@ IrregularMarks markIrregular(const Entries &entries, const Sources &sources, con
         baseOf.insert(verb.infinitive, verb.base);
     QHash<QString, QString> modelOf;
     for (const Family &family : rules.families) {
-        for (const QString &compound : family.compounds)
-            modelOf.insert(compound, family.model);
+        for (const QStringList *compounds : {&family.compounds, &family.whole}) {
+            for (const QString &compound : *compounds)
+                modelOf.insert(compound, family.model);
+        }
     }
     const QSet<QString> stressed(rules.stressedI.cbegin(), rules.stressedI.cend());
 

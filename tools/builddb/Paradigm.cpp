@@ -165,12 +165,23 @@ public:
             for (int slot = 0; slot < 4; ++slot)
                 add(ParticipioPassato, 0, participle[slot]);
         }
+        // A person the verb never has in a simple tense (a "finite" line of defective.tsv)
+        // has no compound tense either, although the auxiliary has every person.
+        std::array<bool, 6> hasPerson = {};
+        for (const CompoundTense &tense : finiteTenses) {
+            for (int person = 1; person <= 6; ++person)
+                hasPerson[person - 1] = hasPerson[person - 1] || !m_forms.tenses[tense.simpleTense][person - 1].isEmpty();
+        }
         for (const CompoundTense &tense : finiteTenses) {
             for (int person = 1; person <= 6; ++person)
                 add(tense.simple, person, finite(m_forms.tenses[tense.simpleTense][person - 1], person));
             if (hasParticiple) {
-                for (int person = 1; person <= 6; ++person)
-                    add(tense.compound, person, compound(tense.simpleTense, person));
+                for (int person = 1; person <= 6; ++person) {
+                    if (hasPerson[person - 1])
+                        add(tense.compound, person, compound(tense.simpleTense, person));
+                    else
+                        ++m_tally.compoundPersonsLeftOut;
+                }
             }
             if (tense.simple == PassatoRemoto)
                 addImperative();
@@ -384,6 +395,7 @@ Entries buildEntries(const Sources &sources)
         const VerbForms &forms = ownForms != sources.pronominalForms.end() ? ownForms->second : base->second;
         VerbBuilder builder(forms, takesEssere ? essere : avere, takesEssere, clitics, entries);
         entries.verbs.append({0, verb.infinitive, true, builder.build(verb.infinitive)});
+        ++entries.clusterVerbs[clitics->ending];
         names.insert(verb.infinitive);
         usedBases.insert(verb.base);
     }

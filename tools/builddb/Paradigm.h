@@ -6,6 +6,7 @@
 #include "Sources.h"
 
 #include <QList>
+#include <QMap>
 #include <QString>
 
 // conjugation_type_id values.
@@ -57,6 +58,8 @@ struct Entries
     QStringList provisionalIds;    // verbs verb-ids.tsv does not list yet
     int fareEnclitics = 0;         // assuefatti: enclitic imperatives on a compound's -fa'
     int elisions = 0;              // se n'è andato
+    int compoundPersonsLeftOut = 0; // persons the simple tenses lack
+    QMap<QString, int> clusterVerbs; // "sene" -> how many verbs end in that cluster
 };
 
 // Builds every verb's rows, in alphabetical order, with their ids; throws SourceError

@@ -101,6 +101,7 @@ void printRules(QTextStream &out, const RuleReport &rules, const Entries &entrie
     out << "form rules (cells: how many of forms.tsv each rule changed):\n";
     line("-iare with a stressed i (stressed-i.tsv)", rules.stressedI, "cells changed");
     line("-iare with an unstressed i", rules.unstressedI, "cells changed");
+    line("-ciare/-giare future: i only if stressed", rules.iareFuture, "cells changed");
     line("-ire with -isc-", rules.isc, "cells changed");
     line("-ire without -isc- (isc.tsv)", rules.plainIre, "cells changed");
     line("-ire with both (isc.tsv)", rules.alternatingIre, "cells changed");
@@ -108,13 +109,20 @@ void printRules(QTextStream &out, const RuleReport &rules, const Entries &entrie
         << QString::number(rules.compounds.verbs).rightJustified(5) << " verbs, "
         << QString::number(rules.compounds.cells).rightJustified(5) << " cells changed, in " << rules.families
         << " families\n";
+    line("  of them conjugated wholly like their model", rules.wholeCompounds, "cells changed");
     line("defective verbs (defective.tsv)", rules.defective, "forms removed");
     line("two standard forms (variants.tsv)", rules.twoForms, "cells");
     line("standard form for a less usual one", rules.standardForm, "cells changed");
     out << "  " << QString::fromLatin1("enclitic imperatives on a compound's -fa'").leftJustified(44)
         << QString::number(entries.fareEnclitics).rightJustified(5) << " forms\n"
         << "  " << QString::fromUtf8("ne elided before essere (se n'è)").leftJustified(44)
-        << QString::number(entries.elisions).rightJustified(5) << " forms\n";
+        << QString::number(entries.elisions).rightJustified(5) << " forms\n"
+        << "  " << QString::fromLatin1("compound forms of persons a verb lacks").leftJustified(44)
+        << QString::number(entries.compoundPersonsLeftOut).rightJustified(5) << " forms left out\n";
+    out << "verbs with a clitic cluster (pronominal.tsv):";
+    for (auto it = entries.clusterVerbs.cbegin(); it != entries.clusterVerbs.cend(); ++it)
+        out << " -" << it.key() << ' ' << it.value();
+    out << '\n';
 }
 
 // The verbs of frequency.tsv that the database lacks: a verb in everyday use that a

@@ -69,8 +69,8 @@ struct Sources
     QHash<QString, Auxiliary> auxiliaries;      // the one shown first
     QHash<QString, Auxiliary> otherAuxiliaries; // the second of a verb that takes both
     QList<PronominalVerb> pronominal;
-    // Forms of a pronominal verb that lacks some of its base's (volerci has only third
-    // persons, avercela no imperative): the base's, less the gaps of defective.tsv.
+    // Forms of a pronominal verb that lacks some of its base's (avercela has no
+    // imperative): the base's, less the gaps of defective.tsv.
     std::map<QString, VerbForms> pronominalForms;
     QHash<QString, Translation> translations;
     QHash<QString, qint64> verbIds; // verb-ids.tsv
