@@ -22,7 +22,11 @@ void Screenshot::start(int settleFrames)
     // Page transitions run for a few hundred milliseconds; draw at least that long.
     m_settled.start();
     connect(m_window, &QQuickWindow::frameSwapped, this, [this] {
-        if (--m_framesLeft <= 0 && m_settled.elapsed() >= 600)
+        // Animations advance by frames, so on a busy machine 600 ms may not be
+        // enough for a pushed page: wait until the stack has stopped moving.
+        QObject *stack = m_window->findChild<QObject *>(QStringLiteral("stack"));
+        const bool moving = stack && stack->property("busy").toBool();
+        if (--m_framesLeft <= 0 && m_settled.elapsed() >= 600 && !moving)
             QTimer::singleShot(0, this, &Screenshot::capture);
         else
             QTimer::singleShot(16, m_window, [this] { m_window->update(); });

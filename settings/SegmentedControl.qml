@@ -26,25 +26,50 @@ Item {
         width: parent.width
         spacing: 0
 
-        Repeater {
-            model: control.titles
-
-            SegmentButton {
-                required property int index
-                required property string modelData
-
-                Layout.preferredWidth: control.segmentWidth
-                Layout.fillHeight: true
-                text: modelData
-                first: index === 0
-                last: index === control.titles.length - 1
-                radius: control.radius
-                checked: control.currentIndex === index
-                Accessible.name: control.accessibleContext + ": " + text
-                onClicked: {
-                    control.selected(index);
-                    checked = Qt.binding(() => control.currentIndex === index);
-                }
+        // Two or three choices: the settings have no more.
+        SegmentButton {
+            visible: control.titles.length > 0
+            Layout.preferredWidth: control.segmentWidth
+            Layout.fillHeight: true
+            text: visible ? control.titles[0] : ""
+            first: true
+            last: 0 === control.titles.length - 1
+            radius: control.radius
+            checked: control.currentIndex === 0
+            Accessible.name: control.accessibleContext + ": " + text
+            onClicked: {
+                control.selected(0);
+                checked = Qt.binding(() => control.currentIndex === 0);
+            }
+        }
+        SegmentButton {
+            visible: control.titles.length > 1
+            Layout.preferredWidth: control.segmentWidth
+            Layout.fillHeight: true
+            text: visible ? control.titles[1] : ""
+            first: false
+            last: 1 === control.titles.length - 1
+            radius: control.radius
+            checked: control.currentIndex === 1
+            Accessible.name: control.accessibleContext + ": " + text
+            onClicked: {
+                control.selected(1);
+                checked = Qt.binding(() => control.currentIndex === 1);
+            }
+        }
+        SegmentButton {
+            visible: control.titles.length > 2
+            Layout.preferredWidth: control.segmentWidth
+            Layout.fillHeight: true
+            text: visible ? control.titles[2] : ""
+            first: false
+            last: 2 === control.titles.length - 1
+            radius: control.radius
+            checked: control.currentIndex === 2
+            Accessible.name: control.accessibleContext + ": " + text
+            onClicked: {
+                control.selected(2);
+                checked = Qt.binding(() => control.currentIndex === 2);
             }
         }
     }
@@ -57,15 +82,18 @@ Item {
         border.color: Theme.controlBorder
         border.width: 1
     }
-    Repeater {
-        model: Math.max(0, control.titles.length - 1)
-
-        Rectangle {
-            required property int index
-            x: Math.round(control.segmentWidth * (index + 1))
-            width: 1
-            height: segments.height
-            color: Theme.controlBorder
-        }
+    Rectangle {
+        visible: control.titles.length > 1
+        x: Math.round(control.segmentWidth * 1)
+        width: 1
+        height: segments.height
+        color: Theme.controlBorder
+    }
+    Rectangle {
+        visible: control.titles.length > 2
+        x: Math.round(control.segmentWidth * 2)
+        width: 1
+        height: segments.height
+        color: Theme.controlBorder
     }
 }
