@@ -52,7 +52,7 @@ bool AppDelegate::didFinishLaunching(const QString &shortcutType)
     if (!prepareDatabase())
         return true;
 
-    Appearance::shared();
+    Appearance::shared().setChoice(Preferences::appearance(m_settings));
     if (m_windowFactory)
         m_windowFactory(*this);
 

@@ -57,7 +57,7 @@ Page {
                 hoverEnabled: false
                 background: Rectangle {
                     radius: 6
-                    color: menuButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
+                    color: menuButton.down ? Theme.barPressed : "transparent"
                 }
                 Accessible.name: L10n.text("menu.open")
                 Access.pressable: true
@@ -122,7 +122,7 @@ Page {
                 icon.source: modelData.icon
                 icon.width: 24
                 icon.height: 24
-                icon.color: checked ? Theme.primary : Theme.secondaryText
+                icon.color: checked ? Theme.selection : Theme.secondaryText
                 Accessible.name: text
                 Accessible.selectable: true
                 Accessible.selected: checked
@@ -134,7 +134,9 @@ Page {
                     spacing: 2
                     icon: tabButton.icon
                     text: tabButton.text
-                    font.pointSize: tabButton.font.pointSize * 0.8
+                    // A tab has a third of a phone's width whatever the text size: its label
+                    // grows to 125 % like the rest of the caption text and no further.
+                    font.pixelSize: Math.round(Theme.captionSize * Math.min(1, 1.25 / Theme.textScale))
                     font.bold: tabButton.checked
                     color: tabButton.icon.color
                 }

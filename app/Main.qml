@@ -21,6 +21,28 @@ ApplicationWindow {
     title: qsTr("Norvella")
     color: Theme.background
     Access.hidesBehindModals: true
+    // Every control and popup inherits these, so nothing keeps the style's
+    // light defaults in the dark palette or its small default type.
+    font.pixelSize: Theme.bodySize
+    palette.window: Theme.background
+    palette.windowText: Theme.text
+    palette.base: Theme.background
+    palette.alternateBase: Theme.groupedBackground
+    palette.text: Theme.text
+    palette.button: Theme.background
+    palette.buttonText: Theme.text
+    palette.brightText: Theme.barText
+    palette.highlight: Theme.selection
+    palette.highlightedText: Theme.selectionText
+    palette.placeholderText: Theme.secondaryText
+    palette.toolTipBase: Theme.notice
+    palette.toolTipText: Theme.noticeText
+    palette.light: Theme.background
+    palette.midlight: Theme.controlBorder
+    palette.mid: Theme.controlBorder
+    palette.dark: Theme.selection
+    palette.shadow: Theme.separator
+    palette.link: Theme.primary
 
     Binding {
         target: window.appDelegate

@@ -48,7 +48,7 @@ Control {
 
     background: Rectangle {
         radius: 8
-        color: Theme.text
+        color: Theme.notice
     }
 
     contentItem: RowLayout {
@@ -59,7 +59,7 @@ Control {
             Layout.topMargin: 8
             Layout.bottomMargin: 8
             text: bar.text
-            color: Theme.barText
+            color: Theme.noticeText
             wrapMode: Text.Wrap
             Accessible.ignored: true
         }
@@ -70,7 +70,7 @@ Control {
             Layout.preferredHeight: Theme.minimumTouchTarget
             Layout.alignment: Qt.AlignVCenter
             icon.source: "qrc:/norvella/icons/clear.svg"
-            icon.color: Theme.barText
+            icon.color: Theme.noticeText
             icon.width: 20
             icon.height: 20
             hoverEnabled: false
@@ -79,7 +79,7 @@ Control {
             background: Rectangle {
                 readonly property ToolButton button: parent as ToolButton
                 radius: 6
-                color: button && (button.down || button.visualFocus) ? Qt.lighter(Theme.text, 1.8) : "transparent"
+                color: button && (button.down || button.visualFocus) ? Theme.noticePressed : "transparent"
             }
             onClicked: bar.dismiss()
         }

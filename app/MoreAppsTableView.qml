@@ -25,7 +25,7 @@ Page {
             // The bar is the button's backdrop; only a press shows.
             background: Rectangle {
                 radius: 6
-                color: closeButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
+                color: closeButton.down ? Theme.barPressed : "transparent"
             }
             width: Theme.minimumTouchTarget
             height: Theme.minimumTouchTarget

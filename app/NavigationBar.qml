@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
 
-// The coloured bar at the top of every column: white title on the primary colour.
+// The coloured bar at the top of every column: white title on the bar colour.
 ToolBar {
     id: bar
 
@@ -11,7 +11,7 @@ ToolBar {
     property alias leading: leadingRow.data
 
     implicitHeight: Math.max(56, titleLabel.implicitHeight + 24)
-    background: Rectangle { color: Theme.primary }
+    background: Rectangle { color: Theme.bar }
 
     Row {
         id: leadingRow
@@ -23,12 +23,16 @@ ToolBar {
     Label {
         id: titleLabel
         anchors.centerIn: parent
-        width: Math.min(implicitWidth, bar.width - 2 * Math.max(leadingRow.width, trailingRow.width) - 24)
+        width: bar.width - 2 * Math.max(leadingRow.width, trailingRow.width) - 24
         text: bar.title
         color: Theme.barText
+        horizontalAlignment: Text.AlignHCenter
+        // Large text takes a second line rather than losing the end of the title.
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
         elide: Text.ElideRight
         font.bold: true
-        font.pointSize: bar.font.pointSize * 1.25
+        font.pixelSize: Theme.titleSize
         Accessible.role: Accessible.Heading
         Access.heading: true
     }

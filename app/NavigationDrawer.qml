@@ -26,7 +26,7 @@ Drawer {
         onCloseRequested: drawer.close()
     }
 
-    background: Rectangle { color: Theme.primary }
+    background: Rectangle { color: Theme.bar }
 
     Column {
         anchors.fill: parent
@@ -38,7 +38,7 @@ Drawer {
             gradient: Gradient {
                 orientation: Gradient.Horizontal
                 GradientStop { position: 0.0; color: Theme.secondary }
-                GradientStop { position: 1.0; color: Theme.primary }
+                GradientStop { position: 1.0; color: Theme.bar }
             }
 
             Column {
@@ -63,7 +63,7 @@ Drawer {
                         text: "It"
                         color: Theme.barText
                         font.bold: true
-                        font.pointSize: drawer.font.pointSize * 1.6
+                        font.pixelSize: Theme.largeTitleSize
                         Accessible.ignored: true
                     }
                 }
@@ -73,7 +73,7 @@ Drawer {
                     text: L10n.text("verb.list.full")
                     color: Theme.barText
                     font.bold: true
-                    font.pointSize: drawer.font.pointSize * 1.3
+                    font.pixelSize: Theme.titleSize
                     wrapMode: Text.WordWrap
                     Accessible.role: Accessible.Heading
                     Access.heading: true
@@ -109,7 +109,7 @@ Drawer {
                 Accessible.role: Accessible.MenuItem
                 Access.pressable: true
                 palette.text: Theme.barText
-                background: Rectangle { color: row.down ? Qt.darker(Theme.primary, 1.2) : "transparent" }
+                background: Rectangle { color: row.down ? Theme.barPressed : "transparent" }
                 onClicked: (row.ListView.view.model as NavigationDrawerTableTableViewController).selectRow(1, row.index)
             }
         }

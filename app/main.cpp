@@ -1,6 +1,7 @@
 #include "Analytics.h"
 #include "CommandLineQuery.h"
 #include "AppDelegate.h"
+#include "Appearance.h"
 #include "ConjugationServices.h"
 #include "CrashLog.h"
 #include "Database.h"
@@ -219,6 +220,10 @@ int main(int argc, char **argv)
                                         QStringLiteral("With --screenshot: open this over the home screen (settings "
                                                        "or menu)."),
                                         QStringLiteral("screen"));
+    const QCommandLineOption appearanceOption(QStringLiteral("appearance"),
+                                              QStringLiteral("Show this appearance (system, light or dark) for this "
+                                                             "run, whatever the setting says."),
+                                              QStringLiteral("appearance"));
     // Timing runs for the benchmark program.
     const QCommandLineOption firstFrameOption(
             QStringLiteral("first-frame"),
@@ -237,7 +242,8 @@ int main(int argc, char **argv)
                                              QStringLiteral("Print a verb's conjugation, irregular forms starred, and exit."),
                                              QStringLiteral("verb"));
     parser.addOptions({screenshotOption, sizeOption, shortcutOption, tabOption, searchOption, openOption, moodOption,
-                       formOption, showOption, firstFrameOption, browseOption, analyseOption, conjugateOption});
+                        formOption, showOption, firstFrameOption, browseOption, analyseOption, conjugateOption,
+                        appearanceOption});
     parser.process(app);
 
     const bool screenshot = parser.isSet(screenshotOption);
@@ -247,6 +253,12 @@ int main(int argc, char **argv)
     const int browseCount = parser.value(browseOption).toInt(&browseCountValid);
     if (browse && (!browseCountValid || browseCount < 1)) {
         std::fprintf(stderr, "norvella: --browse wants a number of verbs, e.g. 100\n");
+        return 2;
+    }
+    const QString appearance = parser.value(appearanceOption);
+    if (parser.isSet(appearanceOption) && !QStringList{QStringLiteral("system"), QStringLiteral("light"),
+                                                        QStringLiteral("dark")}.contains(appearance)) {
+        std::fprintf(stderr, "norvella: --appearance wants system, light or dark\n");
         return 2;
     }
     const QString shortcut = normalisedShortcutType(parser.value(shortcutOption));
@@ -291,6 +303,8 @@ int main(int argc, char **argv)
         engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")));
     });
     delegate.didFinishLaunching(shortcut);
+    if (parser.isSet(appearanceOption))
+        Appearance::shared().setChoice(appearance);
     // The reason is already in the log and on stderr.
     if (delegate.status() == AppDelegate::Status::FatalError)
         return 1;

@@ -54,7 +54,7 @@ Dialog {
             }
             background: Rectangle {
                 radius: 8
-                color: okButton.down ? Qt.rgba(0, 0, 0, 0.08) : "transparent"
+                color: okButton.down ? Theme.pressed : "transparent"
             }
         }
     }

@@ -6,7 +6,7 @@ import Norvella.Resources
 ToolButton {
     id: button
 
-    property color pressedColor: Qt.rgba(0, 0, 0, 0.08)
+    property color pressedColor: Theme.pressed
 
     implicitWidth: Theme.minimumTouchTarget
     implicitHeight: Theme.minimumTouchTarget

@@ -49,7 +49,7 @@ Flickable {
                 text: area.heading
                 wrapMode: Text.Wrap
                 color: Theme.text
-                font.pointSize: headingBox.font.pointSize * 1.4
+                font.pixelSize: Theme.titleSize
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.Heading
                 Access.heading: true

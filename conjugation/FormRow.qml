@@ -5,7 +5,7 @@ import Norvella.Resources
 import Norvella.Conjugation
 
 // A pronoun and its form with a play control. In a grid block (compact) the
-// row keeps its height and long forms shrink to fit instead of being cut off.
+// row is as short as a touch target allows and a long form wraps.
 Control {
     id: row
 
@@ -22,7 +22,7 @@ Control {
     readonly property string matchNote: matched ? L10n.text("conjugation.matches_search") : ""
 
     // A dash has nothing to tap, so in the table it needs no touch-sized row.
-    implicitHeight: compact ? Theme.minimumTouchTarget
+    implicitHeight: compact ? Math.max(Theme.minimumTouchTarget, layout.implicitHeight + 4)
                             : placeholder ? layout.implicitHeight + 14
                                           : Math.max(Theme.minimumTouchTarget + 8, layout.implicitHeight + 12)
 
@@ -50,8 +50,6 @@ Control {
             color: Theme.secondaryText
             wrapMode: Text.Wrap
             verticalAlignment: Text.AlignVCenter
-            fontSizeMode: row.compact ? Text.Fit : Text.FixedSize
-            minimumPointSize: 7
         }
 
         Label {
@@ -63,8 +61,6 @@ Control {
             Accessible.description: row.matchNote
             wrapMode: Text.Wrap
             verticalAlignment: Text.AlignVCenter
-            fontSizeMode: row.compact ? Text.Fit : Text.FixedSize
-            minimumPointSize: 7
         }
 
         PlayButton {

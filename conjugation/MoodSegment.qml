@@ -19,7 +19,7 @@ AbstractButton {
     Access.pressable: true
 
     background: Item {
-        readonly property color fill: segment.selected ? Theme.secondary
+        readonly property color fill: segment.selected ? Theme.selection
                                                        : (segment.down ? Theme.pressed : Theme.background)
 
         // Rounded on the outer side only: a rounded shape with its inner half squared off.
@@ -39,24 +39,24 @@ AbstractButton {
             visible: !segment.first
             width: 1
             height: parent.height
-            color: Theme.segmentTint
+            color: Theme.controlBorder
         }
     }
 
     contentItem: Label {
         text: segment.text
-        color: segment.selected ? Theme.barText : Theme.segmentTint
+        color: segment.selected ? Theme.selectionText : Theme.text
         font.bold: segment.selected
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         leftPadding: 4
         rightPadding: 4
-        // Two-word names ("Andere Formen", "Overige vormen") take a second line before
-        // they shrink; a long single word shrinks.
-        wrapMode: Text.WordWrap
-        maximumLineCount: 2
-        fontSizeMode: Text.Fit
-        minimumPointSize: 7
+        // The tab size, as on the bottom tabs. Two-word names ("Andere Formen") take a
+        // second line; a word wider than the segment (large text on a small phone)
+        // breaks inside rather than shrinking or losing its end.
+        font.pixelSize: Theme.captionSize
+        wrapMode: Text.WrapAtWordBoundaryOrAnywhere
+        maximumLineCount: 3
         Accessible.ignored: true
     }
 }

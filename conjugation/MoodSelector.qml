@@ -1,7 +1,7 @@
 import QtQuick
 import Norvella.Resources
 
-// The four-segment mood control; the chosen segment is filled with the secondary colour.
+// The four-segment mood control; the chosen segment is filled with the selection colour.
 Rectangle {
     id: selector
 
@@ -10,7 +10,8 @@ Rectangle {
 
     signal segmentSelected(int index)
 
-    implicitHeight: Theme.minimumTouchTarget + 16
+    // Taller when large text wraps a mood's name.
+    implicitHeight: Math.max(Theme.minimumTouchTarget, segments.labelHeight + 12) + 16
     color: Theme.background
     Accessible.role: Accessible.PageTabList
     Accessible.name: L10n.text("conjugation.moods")
@@ -28,8 +29,11 @@ Rectangle {
             id: segments
             anchors.fill: parent
             readonly property real segmentWidth: width / 4
+            readonly property real labelHeight: Math.max(mood0.implicitContentHeight, mood1.implicitContentHeight,
+                                                         mood2.implicitContentHeight, mood3.implicitContentHeight)
 
             MoodSegment {
+                id: mood0
                 width: segments.segmentWidth
                 height: segments.height
                 text: selector.titles.length > 0 ? selector.titles[0] : ""
@@ -39,6 +43,7 @@ Rectangle {
                 onClicked: selector.segmentSelected(0)
             }
             MoodSegment {
+                id: mood1
                 width: segments.segmentWidth
                 height: segments.height
                 text: selector.titles.length > 1 ? selector.titles[1] : ""
@@ -46,6 +51,7 @@ Rectangle {
                 onClicked: selector.segmentSelected(1)
             }
             MoodSegment {
+                id: mood2
                 width: segments.segmentWidth
                 height: segments.height
                 text: selector.titles.length > 2 ? selector.titles[2] : ""
@@ -53,6 +59,7 @@ Rectangle {
                 onClicked: selector.segmentSelected(2)
             }
             MoodSegment {
+                id: mood3
                 width: segments.segmentWidth
                 height: segments.height
                 text: selector.titles.length > 3 ? selector.titles[3] : ""
@@ -69,7 +76,7 @@ Rectangle {
         anchors.fill: frame
         radius: frame.radius
         color: "transparent"
-        border.color: Theme.segmentTint
+        border.color: Theme.controlBorder
         border.width: 1
     }
 }

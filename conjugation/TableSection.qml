@@ -39,7 +39,7 @@ Control {
                 text: section.isVerbRow ? section.title : ""
                 wrapMode: Text.Wrap
                 color: Theme.text
-                font.pointSize: section.font.pointSize * 1.3
+                font.pixelSize: Theme.titleSize
                 font.weight: Font.DemiBold
             }
 
@@ -73,7 +73,7 @@ Control {
             color: Theme.primary
             font.bold: true
             font.letterSpacing: 0.5
-            font.pointSize: section.font.pointSize * 0.9
+            font.pixelSize: Theme.secondarySize
             Accessible.role: Accessible.Heading
             Accessible.name: section.title
             Access.heading: true

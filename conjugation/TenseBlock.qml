@@ -25,19 +25,18 @@ Control {
         x: 12
         y: 8
         width: block.width - 24
-        height: 28
+        height: Math.max(28, implicitHeight)
         text: block.heading
         color: Theme.primary
         font.bold: true
         font.letterSpacing: 0.5
-        font.pointSize: block.font.pointSize * 0.95
+        font.pixelSize: Theme.bodySize
         verticalAlignment: Text.AlignVCenter
         // A long name with a gloss ("Trapassato remoto (historisches Plusquamperfekt)")
-        // takes two smaller lines rather than running past the block.
+        // takes a second line rather than running past the block.
         wrapMode: Text.WordWrap
         maximumLineCount: 2
-        fontSizeMode: Text.Fit
-        minimumPointSize: 7
+        elide: Text.ElideRight
         Accessible.role: Accessible.Heading
         Accessible.name: block.title
         Access.heading: true

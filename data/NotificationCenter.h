@@ -27,6 +27,8 @@ inline const QString RefreshHistory = QStringLiteral("RefreshHistory");
 inline const QString RefreshConjugations = QStringLiteral("RefreshConjugations");
 inline const QString VerbFavouriteToggled = QStringLiteral("VerbFavouriteToggled");
 inline const QString VerbViewed = QStringLiteral("VerbViewed");
+// The object is the new "Appearance" setting as a string.
+inline const QString AppearanceChanged = QStringLiteral("AppearanceChanged");
 }
 
 // Synchronous, main-thread broadcast between screens that do not know each other.

@@ -304,6 +304,24 @@ double audioSpeed(const Settings &s)
     return speed > 0.0 ? speed : 1.0;
 }
 
+QString appearance(const Settings &s)
+{
+    static const QStringList known{QStringLiteral("system"), QStringLiteral("light"), QStringLiteral("dark")};
+    const QVariant value = s.objectForKey(SettingsKeys::Appearance);
+    if (!value.isValid())
+        return known.first();
+    const QString text = value.toString();
+    if (value.typeId() != QMetaType::QString || !known.contains(text)) {
+        // Once per value: the settings screen reads it on every refresh.
+        static QString reported;
+        if (reported != text)
+            CrashLog::log(QStringLiteral("Unknown appearance \"%1\" in the settings; following the system").arg(text));
+        reported = text;
+        return known.first();
+    }
+    return text;
+}
+
 bool registerFirstRunValues(Settings &s)
 {
     if (s.contains(SettingsKeys::IncludeEnglish))

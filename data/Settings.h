@@ -105,6 +105,7 @@ inline const QString AudioVersion = QStringLiteral("audio_version");
 inline const QString NumberOfVerbsViewed = QStringLiteral("number_of_verbs_viewed");
 inline const QString AskedForReview = QStringLiteral("asked_for_review");
 inline const QString TimeAudioWarning = QStringLiteral("time_audio_warning");
+inline const QString Appearance = QStringLiteral("Appearance");
 }
 
 namespace Preferences {
@@ -126,6 +127,8 @@ QString audioVersion(const Settings &s);
 bool analyticsCollectionEnabled(const Settings &s);
 // Speech rate factor; 0, negative or absent means normal speed.
 double audioSpeed(const Settings &s);
+// "system", "light" or "dark"; anything else stored reads as "system".
+QString appearance(const Settings &s);
 
 // First-run values; written only when "IncludeEnglish" has never been set.
 bool registerFirstRunValues(Settings &s);

@@ -65,7 +65,7 @@ Popup {
             text: shareController.title
             color: Theme.text
             font.bold: true
-            font.pointSize: sheet.font.pointSize * 1.1
+            font.pixelSize: Theme.headlineSize
             elide: Text.ElideRight
             horizontalAlignment: Text.AlignHCenter
             Accessible.role: Accessible.Heading

@@ -15,7 +15,7 @@ Control {
         wrapMode: Text.WordWrap
         text: emptyState.text
         font.bold: true
-        font.pointSize: emptyState.font.pointSize * 1.3
+        font.pixelSize: Theme.titleSize
         color: Theme.secondaryText
     }
 }

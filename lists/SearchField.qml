@@ -22,7 +22,7 @@ Control {
 
     focusPolicy: Qt.ClickFocus
     implicitHeight: row.implicitHeight + 8
-    background: Rectangle { color: Theme.primary }
+    background: Rectangle { color: Theme.bar }
 
     RowLayout {
         id: row

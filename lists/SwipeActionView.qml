@@ -35,7 +35,7 @@ Control {
         icon.color: view.action ? view.action.foregroundColor : Theme.text
         icon.width: 22
         icon.height: 22
-        font.pointSize: view.font.pointSize * 0.85
+        font.pixelSize: Theme.secondarySize
         color: view.action ? view.action.foregroundColor : Theme.text
     }
 }

@@ -104,7 +104,7 @@ SwipeDelegate {
                 text: cell.italian
                 color: Theme.text
                 elide: Text.ElideRight
-                font.pointSize: cell.font.pointSize * 1.05
+                font.pixelSize: Theme.headlineSize
             }
             Label {
                 Layout.fillWidth: true
@@ -112,7 +112,7 @@ SwipeDelegate {
                 text: cell.translation
                 color: Theme.secondaryText
                 elide: Text.ElideRight
-                font.pointSize: cell.font.pointSize * 0.9
+                font.pixelSize: Theme.secondarySize
             }
         }
 

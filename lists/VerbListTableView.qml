@@ -45,7 +45,7 @@ Control {
         visible: view.controller !== null && view.controller.keys.length > 0
         titles: view.controller ? view.controller.keys : []
         font.bold: true
-        font.pointSize: view.font.pointSize * 0.9
+        font.pixelSize: Theme.secondarySize
         onTitleActivated: title => {
             const row = view.controller.firstRowForSectionIndexTitle(title)
             if (row >= 0)

@@ -34,7 +34,7 @@ void FocusRing::paint(QPainter *painter)
     // coloured bars as well as on the white page.
     painter->setRenderHint(QPainter::Antialiasing);
     const QRectF outer = boundingRect().adjusted(1.5, 1.5, -1.5, -1.5);
-    painter->setPen(QPen(Appearance::shared().primary(), 3));
+    painter->setPen(QPen(Appearance::shared().focusRing(), 3));
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(outer, 6, 6);
     painter->setPen(QPen(Qt::white, 1));

@@ -11,10 +11,7 @@ ItemDelegate {
     property bool separatorAbove: choiceIndex > 0
     // A choice that loses the user's data for good, such as clearing the history.
     property bool destructive: false
-    // The red of the lists' delete swipe, so the warning reads the same everywhere;
-    // darker when pressed to stay readable on the pressed grey.
-    readonly property color deleteRed: "#C62828"
-    readonly property color destructiveColor: Qt.darker(deleteRed, down ? 1.2 : 1)
+    readonly property color destructiveColor: Theme.destructive
     signal picked(int index)
 
     visible: choiceIndex < choices.length

@@ -54,7 +54,7 @@ Popup {
                     horizontalAlignment: Text.AlignHCenter
                     text: sheet.title
                     color: Theme.secondaryText
-                    font.pointSize: sheet.font.pointSize * 0.9
+                    font.pixelSize: Theme.secondarySize
                     wrapMode: Text.WordWrap
                     Accessible.role: Accessible.Heading
                     Access.heading: true

@@ -26,7 +26,7 @@ Control {
         height: 72
         radius: 10
         clip: true
-        color: Theme.primary
+        color: Theme.bar
         border.width: 1
         border.color: Theme.pressed
         Accessible.role: Accessible.Graphic
@@ -52,7 +52,7 @@ Control {
         text: about.controller.appTitle
         color: Theme.text
         font.bold: true
-        font.pointSize: about.font.pointSize * 1.2
+        font.pixelSize: Theme.titleSize
         wrapMode: Text.WordWrap
         Accessible.role: Accessible.Heading
         Access.heading: true
@@ -119,7 +119,7 @@ Control {
         anchors.horizontalCenter: parent.horizontalCenter
         text: about.controller.credits
         color: Theme.secondaryText
-        font.pointSize: about.font.pointSize * 0.85
+        font.pixelSize: Theme.secondarySize
         wrapMode: Text.WordWrap
     }
     }

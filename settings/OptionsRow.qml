@@ -53,7 +53,7 @@ Control {
             // Capitals by the interface language: the font's own know no Turkish İ.
             text: L10n.upper(root.sectionHeader)
             color: Theme.secondaryText
-            font.pointSize: root.font.pointSize * 0.9
+            font.pixelSize: Theme.secondarySize
             wrapMode: Text.WordWrap
             Accessible.role: Accessible.Heading
             Accessible.name: root.sectionHeader
@@ -80,7 +80,7 @@ Control {
         }
 
         background: Rectangle {
-            color: cell.down && cell.tappable ? Qt.darker(Theme.background, 1.08) : Theme.background
+            color: cell.down && cell.tappable ? Theme.pressed : Theme.background
             Rectangle {
                 visible: !root.lastInSection
                 anchors.bottom: parent.bottom
@@ -115,8 +115,8 @@ Control {
                 visible: root.cellType === "switch"
                 implicitHeight: Math.max(Theme.minimumTouchTarget, implicitIndicatorHeight)
                 checked: root.checked
-                palette.dark: Theme.primary
-                palette.midlight: "#8E8E93"
+                palette.dark: Theme.selection
+                palette.midlight: Theme.controlBorder
                 Accessible.name: root.label
                 Access.pressable: true
                 onToggled: {
@@ -128,7 +128,8 @@ Control {
             SegmentedControl {
                 visible: root.cellType === "segment"
                 Layout.fillWidth: !root.wide
-                Layout.preferredWidth: root.wide ? 300 : -1
+                // Segments grow with the text size, leaving the row's label at least 40 %.
+                Layout.preferredWidth: root.wide ? Math.min(root.width * 0.6, 300 * Theme.textScale) : -1
                 titles: root.segmentTitles
                 currentIndex: root.segmentIndex
                 accessibleContext: root.label
@@ -169,7 +170,7 @@ Control {
             anchors.topMargin: 6
             text: root.sectionFooter
             color: Theme.secondaryText
-            font.pointSize: root.font.pointSize * 0.85
+            font.pixelSize: Theme.secondarySize
             wrapMode: Text.WordWrap
         }
     }

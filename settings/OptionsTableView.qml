@@ -52,17 +52,28 @@ Popup {
             width: parent.width
             clip: true
             implicitHeight: Math.max(56, titleLabel.implicitHeight + 24)
-            background: Rectangle { color: Theme.primary }
+            background: Rectangle { color: Theme.bar }
 
+            TextMetrics {
+                id: titleMetrics
+                font: titleLabel.font
+                text: titleLabel.text
+            }
+
+            // Centred while it fits; large text moves it left of Done rather than cutting it.
             Label {
                 id: titleLabel
-                anchors.centerIn: parent
-                width: Math.min(implicitWidth, bar.width - 2 * doneButton.width - 24)
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(Math.ceil(titleMetrics.advanceWidth) + 2, bar.width - doneButton.width - 32)
+                x: Math.max(16, Math.min((bar.width - width) / 2, bar.width - doneButton.width - 12 - width))
                 text: controller.title
                 color: Theme.barText
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.WrapAtWordBoundaryOrAnywhere
+                maximumLineCount: 2
                 elide: Text.ElideRight
                 font.bold: true
-                font.pointSize: bar.font.pointSize * 1.25
+                font.pixelSize: Theme.titleSize
                 Accessible.role: Accessible.Heading
                 Access.heading: true
             }
@@ -78,7 +89,7 @@ Popup {
                 font.bold: true
                 background: Rectangle {
                     radius: 6
-                    color: doneButton.down ? Qt.rgba(1, 1, 1, 0.2) : "transparent"
+                    color: doneButton.down ? Theme.barPressed : "transparent"
                     border.width: doneButton.visualFocus ? 1 : 0
                     border.color: Theme.barText
                 }

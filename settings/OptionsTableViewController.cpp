@@ -62,7 +62,9 @@ OptionsTableViewController::~OptionsTableViewController() = default;
 
 int OptionsTableViewController::numberOfRowsInSection(int section)
 {
-    return section >= 0 && section < numberOfSections() ? numberOfSections() - section : 0;
+    if (section == AppearanceSection)
+        return 1;
+    return section >= 0 && section < AppearanceSection ? AppearanceSection - section : 0;
 }
 
 int OptionsTableViewController::rowCount(const QModelIndex &parent) const
@@ -119,6 +121,7 @@ QString OptionsTableViewController::sectionHeader(int section) const
     case 1: return textOr(QStringLiteral("settings.conjugations"), QStringLiteral("Conjugations"));
     case 2: return textOr(QStringLiteral("settings.history"), QStringLiteral("History"));
     case 3: return textOr(QStringLiteral("settings.analytics"), QStringLiteral("Data Collection"));
+    case AppearanceSection: return Strings::text(QStringLiteral("settings.appearance"));
     default: return {};
     }
 }
@@ -149,6 +152,7 @@ QString OptionsTableViewController::rowLabel(const Place &place) const
     case 20: return Strings::text(QStringLiteral("settings.history"));
     case 21: return Strings::text(QStringLiteral("settings.history_clear"));
     case 30: return Strings::text(QStringLiteral("settings.analytics"));
+    case 40: return Strings::text(QStringLiteral("settings.appearance"));
     default: return {};
     }
 }
@@ -166,7 +170,7 @@ QVariant OptionsTableViewController::data(const QModelIndex &index, int role) co
     case CellTypeRole:
         if (key == 0 || key == 3 || key == 20 || key == 30)
             return QStringLiteral("switch");
-        if (key == 1 || key == 2 || key == 10)
+        if (key == 1 || key == 2 || key == 10 || key == 40)
             return QStringLiteral("segment");
         return QStringLiteral("detail");
     case LabelRole: return rowLabel(place);
@@ -184,6 +188,7 @@ QVariant OptionsTableViewController::data(const QModelIndex &index, int role) co
         case 2: return Preferences::sortByLang(s) ? 1 : 0;
         // Unlike the conjugation screen, this control shows an unset value as "original".
         case 10: return strictBool(s.objectForKey(SettingsKeys::ShowTranslated)) == std::optional<bool>(false) ? 0 : 1;
+        case 40: return OptionsText::appearanceChoices().indexOf(Preferences::appearance(s));
         default: return -1;
         }
     case SegmentTitlesRole:
@@ -278,7 +283,16 @@ void OptionsTableViewController::segmentChanged(int section, int row, int segmen
         s.setBool(SettingsKeys::SortByLang, segment == 1);
     else if (is(section, row, 1, 0))
         s.setBool(SettingsKeys::ShowTranslated, segment == 1);
+    else if (is(section, row, AppearanceSection, 0) && segment >= 0 && segment < OptionsText::appearanceChoices().size())
+        setAppearance(OptionsText::appearanceChoices().at(segment));
     changed();
+}
+
+void OptionsTableViewController::setAppearance(const QString &choice)
+{
+    m_settings->setString(SettingsKeys::Appearance, choice);
+    // The palette follows at once; nothing waits for the screen to close.
+    NotificationCenter::defaultCenter().post(Notifications::AppearanceChanged, QVariant(choice));
 }
 
 void OptionsTableViewController::rowTapped(int section, int row)

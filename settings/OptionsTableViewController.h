@@ -74,9 +74,10 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    // Rows per section as the table has them: 4, 3, 2, 1, then none.
+    // Rows per section as the table has them: 4, 3, 2, 1, then the appearance row.
     static int numberOfRowsInSection(int section);
-    static constexpr int numberOfSections() { return 4; }
+    static constexpr int numberOfSections() { return 5; }
+    static constexpr int AppearanceSection = 4;
     Q_INVOKABLE QString sectionHeader(int section) const;
     Q_INVOKABLE QString sectionFooter(int section) const;
 
@@ -141,6 +142,7 @@ private:
     static Place placeOf(int modelRow);
     static int modelRowOf(int section, int row);
     QString rowLabel(const Place &place) const;
+    void setAppearance(const QString &choice);
     void changed();
     void setFieldsChanged(bool changed);
     void refreshRows();

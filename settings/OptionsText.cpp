@@ -80,8 +80,18 @@ QString speedText(const Settings &settings)
     return QString::number(static_cast<qint64>(speed * 100.0)) + QLatin1Char('%');
 }
 
+const QStringList &appearanceChoices()
+{
+    static const QStringList choices{QStringLiteral("system"), QStringLiteral("light"), QStringLiteral("dark")};
+    return choices;
+}
+
 QStringList segmentTitles(int sectionAndRow)
 {
+    if (sectionAndRow == 40)
+        return {Strings::text(QStringLiteral("settings.appearance.system")),
+                Strings::text(QStringLiteral("settings.appearance.light")),
+                Strings::text(QStringLiteral("settings.appearance.dark"))};
     const char *keys[2] = {nullptr, nullptr};
     switch (sectionAndRow) {
     case 1: keys[0] = "settings.searchtype.start"; keys[1] = "settings.searchtype.wildcard"; break;

@@ -21,8 +21,10 @@ QString effectiveLanguageNameKey(const Settings &settings, const QStringList &pr
 // "100%", "75%": the audio speed row's detail.
 QString speedText(const Settings &settings);
 
-// The two segment titles of the row at section * 10 + row; empty for other rows.
+// The segment titles of the row at section * 10 + row; empty for other rows.
 QStringList segmentTitles(int sectionAndRow);
+// What the appearance row's segments store, in their order.
+const QStringList &appearanceChoices();
 
 // Choice sheets, named as the controller names them ("language", "speed", "clearHistory").
 QString sheetTitle(const QString &sheet);

@@ -2,24 +2,50 @@ import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
 
-// One half of a segmented control.
-Button {
+// One segment of a segmented control; the outer ends follow the outline's rounding.
+AbstractButton {
     id: segment
 
+    property bool first: false
+    property bool last: false
+    property real radius: 0
+
     implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
+    padding: 6
     checkable: true
+    autoExclusive: true
+    Accessible.role: Accessible.RadioButton
+    Accessible.checkable: true
+    Accessible.checked: checked
+    Access.pressable: true
 
     contentItem: Label {
         text: segment.text
-        color: segment.checked ? Theme.barText : Theme.segmentTint
+        color: segment.checked ? Theme.selectionText : Theme.text
+        font.bold: segment.checked
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
+        // A long word takes a second line rather than a smaller size.
+        wrapMode: Text.WordWrap
+        maximumLineCount: 2
         elide: Text.ElideRight
+        Accessible.ignored: true
     }
-    background: Rectangle {
-        color: segment.checked ? Theme.segmentTint : (segment.down ? Theme.pressed : Theme.background)
-        border.color: Theme.segmentTint
-        border.width: 1
-        radius: 6
+    background: Item {
+        readonly property color fill: segment.checked ? Theme.selection
+                                                      : (segment.down ? Theme.pressed : Theme.background)
+        // Rounded on the outer side only: a rounded shape with its inner half squared off.
+        Rectangle {
+            anchors.fill: parent
+            radius: segment.first || segment.last ? segment.radius : 0
+            color: parent.fill
+        }
+        Rectangle {
+            visible: (segment.first || segment.last) && !(segment.first && segment.last)
+            x: segment.first ? parent.width / 2 : 0
+            width: parent.width / 2
+            height: parent.height
+            color: parent.fill
+        }
     }
 }

@@ -1,3 +1,4 @@
+#include "Appearance.h"
 #include "DatabaseQueue.h"
 #include "NotificationCenter.h"
 #include "OptionsTableViewController.h"
@@ -42,16 +43,16 @@ private slots:
     void rowsShowTheStoreWithItsDefaults()
     {
         // Switches show on/off, segments their index and the other rows their detail.
-        QCOMPARE(states(), QStringLiteral("off|0|1|off|1|Automatic|100%|on||on"));
+        QCOMPARE(states(), QStringLiteral("off|0|1|off|1|Automatic|100%|on||on|0"));
         // Values of the wrong type read like absent ones.
         m_settings->setString(SettingsKeys::SortByLang, "no");
         m_settings->setString(SettingsKeys::IncludeConjugations, "yes");
         m_settings->setString(SettingsKeys::SearchFrom, "X");
-        QCOMPARE(states(), QStringLiteral("off|1|1|off|1|Automatic|100%|on||on"));
+        QCOMPARE(states(), QStringLiteral("off|1|1|off|1|Automatic|100%|on||on|0"));
         m_settings->setBool(SettingsKeys::SortByLang, false);
         m_settings->setBool(SettingsKeys::AnalyticsCollectionEnabled, false);
         m_settings->setDouble(SettingsKeys::AudioSpeed, 0.333);
-        QCOMPARE(states(), QStringLiteral("off|1|0|off|1|Automatic|33%|on||off"));
+        QCOMPARE(states(), QStringLiteral("off|1|0|off|1|Automatic|33%|on||off|0"));
     }
 
     void languageNames()
@@ -97,7 +98,53 @@ private slots:
         m_controller->switchToggled(3, 0, false);
         QCOMPARE(historyStates, QList<QVariant>{QVariant(false)});
         QCOMPARE(collection, QList<bool>{false});
-        QCOMPARE(states(), QStringLiteral("on|0|0|on|1|Automatic|100%|off||off"));
+        QCOMPARE(states(), QStringLiteral("on|0|0|on|1|Automatic|100%|off||off|0"));
+    }
+
+    // The appearance row stores its choice for the next start and tells the palette at once.
+    void appearanceRowStoresAndSwitchesAtOnce()
+    {
+        const int row = m_controller->rowCount() - 1;
+        QCOMPARE(value(row, Roles::SectionRole).toInt(), int(OptionsTableViewController::AppearanceSection));
+        QCOMPARE(value(row, Roles::SectionHeaderRole).toString(), QStringLiteral("Appearance"));
+        QCOMPARE(value(row, Roles::SegmentTitlesRole).toStringList(), (QStringList{"System", "Light", "Dark"}));
+        QVERIFY(value(row, Roles::LastInSectionRole).toBool());
+
+        qputenv("NORVELLA_COLOR_SCHEME", "light");
+        Appearance &theme = Appearance::shared();
+        theme.refreshSystemScheme();
+        theme.setChoice(Preferences::appearance(*m_settings));
+        QVERIFY(!theme.dark());
+
+        m_controller->viewWillAppear();
+        m_controller->segmentChanged(OptionsTableViewController::AppearanceSection, 0, 2);
+        QVERIFY(theme.dark());
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::Appearance), QVariant(QStringLiteral("dark")));
+        QCOMPARE(value(row, Roles::SegmentIndexRole).toInt(), 2);
+        QVERIFY(m_controller->fieldsChanged());
+
+        m_controller->segmentChanged(OptionsTableViewController::AppearanceSection, 0, 1);
+        QVERIFY(!theme.dark());
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::Appearance), QVariant(QStringLiteral("light")));
+
+        // "System" follows the desktop, here the override.
+        qputenv("NORVELLA_COLOR_SCHEME", "dark");
+        theme.refreshSystemScheme();
+        QVERIFY(!theme.dark());
+        m_controller->segmentChanged(OptionsTableViewController::AppearanceSection, 0, 0);
+        QVERIFY(theme.dark());
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::Appearance), QVariant(QStringLiteral("system")));
+
+        // A segment that does not exist writes nothing; a stored value nobody knows shows "System".
+        m_controller->segmentChanged(OptionsTableViewController::AppearanceSection, 0, 3);
+        QCOMPARE(Settings(m_settingsPath).objectForKey(SettingsKeys::Appearance), QVariant(QStringLiteral("system")));
+        m_settings->setString(SettingsKeys::Appearance, "sepia");
+        QCOMPARE(value(row, Roles::SegmentIndexRole).toInt(), 0);
+        m_settings->setBool(SettingsKeys::Appearance, true);
+        QCOMPARE(Preferences::appearance(*m_settings), QStringLiteral("system"));
+        qunsetenv("NORVELLA_COLOR_SCHEME");
+        theme.setChoice(QStringLiteral("system"));
+        theme.refreshSystemScheme();
     }
 
     void sheetChoicesAreStored()

@@ -1,0 +1,152 @@
+// The real window with the system text at 100 % and 150 %: body and secondary
+// text keep their minimum sizes, and no title, tab, mood or segment label is
+// cut on the smallest phone.
+#include "AppDelegate.h"
+#include "Appearance.h"
+#include "CrashLog.h"
+#include "HomeViewController.h"
+#include "QmlLoadHarness.h"
+#include "Settings.h"
+#include "TestSupport.h"
+
+#include <QQuickItem>
+#include <QTemporaryDir>
+#include <QtQml/qqmlextensionplugin.h>
+
+Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
+
+using namespace norvella;
+
+namespace {
+
+// Labels that must show whole: bar titles, tabs, the mood selector and segments.
+bool mustShowWhole(const QQuickItem *text)
+{
+    for (const QQuickItem *p = text->parentItem(); p; p = p->parentItem()) {
+        const QByteArray type = p->metaObject()->className();
+        if (type.contains("ToolBar") || type.contains("TabBar") || type.startsWith("MoodSegment")
+            || type.startsWith("SegmentButton") || type.startsWith("DetailBar") || type.startsWith("NavigationBar"))
+            return true;
+    }
+    return false;
+}
+
+QStringList cutLabels(const test::QmlScreen &qml)
+{
+    QStringList cut;
+    for (QQuickItem *item : qml.items()) {
+        if (item->inherits("QQuickText") && !item->property("text").toString().isEmpty() && test::onScreen(item)
+            && mustShowWhole(item) && item->property("truncated").toBool())
+            cut << item->property("text").toString();
+    }
+    return cut;
+}
+
+QQuickItem *textShowing(const test::QmlScreen &qml, const QString &text)
+{
+    for (QQuickItem *item : qml.items()) {
+        if (item->inherits("QQuickText") && item->property("text").toString() == text && test::onScreen(item))
+            return item;
+    }
+    return nullptr;
+}
+
+int pixelSize(const QQuickItem *text)
+{
+    return text ? text->property("font").value<QFont>().pixelSize() : -1;
+}
+
+} // namespace
+
+class TypeSizesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void cleanup()
+    {
+        qunsetenv("NORVELLA_TEXT_SCALE");
+        Appearance::shared().refreshTextScale();
+    }
+
+    void sizesAndNothingCut_data()
+    {
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("body");
+        QTest::addColumn<int>("secondary");
+        QTest::newRow("default, small phone") << "" << QSize(320, 568) << 16 << 13;
+        QTest::newRow("150 %, small phone") << "1.5" << QSize(320, 568) << 24 << 20;
+        QTest::newRow("150 %, landscape phone") << "1.5" << QSize(568, 320) << 24 << 20;
+    }
+
+    void sizesAndNothingCut()
+    {
+        QFETCH(QString, scale);
+        QFETCH(QSize, size);
+        QFETCH(int, body);
+        QFETCH(int, secondary);
+        qputenv("NORVELLA_TEXT_SCALE", scale.toUtf8());
+        Appearance::shared().refreshTextScale();
+
+        QTemporaryDir dir;
+        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
+        QVERIFY(QDir().mkpath(environment.documentsDirectory));
+        QVERIFY(test::createFixtureDatabase(environment.masterPath));
+        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
+        Settings::standard().clear();
+
+        AppDelegate delegate(environment, Settings::standard());
+        test::QmlScreen qml;
+        delegate.setWindowFactory([&](AppDelegate &d) {
+            QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
+                             {{"appDelegate", QVariant::fromValue(&d)}}));
+        });
+        delegate.didFinishLaunching();
+        QVERIFY(qml.window);
+        QVERIFY(qml.settle());
+        qml.grab(QStringLiteral("home-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
+
+        // The list: the verb at body size or more, its translation at the secondary size.
+        auto *home = qml.find<HomeViewController>("homeViewController");
+        QVERIFY(home && home->verbListTableViewController()->rowCount() > 0);
+        const VerbPtr first = home->verbListTableViewController()->verbAtRow(0);
+        QVERIFY(pixelSize(textShowing(qml, first->italian)) >= body);
+        QVERIFY(pixelSize(textShowing(qml, QStringLiteral("Favourites"))) >= secondary);
+        QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
+
+        // A verb: its title, the moods and the forms.
+        home->showVerb(first);
+        QTRY_VERIFY(!qml.find<QQuickItem>("stack")->property("busy").toBool());
+        QVERIFY(qml.settle());
+        qml.grab(QStringLiteral("verb-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
+        QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
+
+        // Settings, with its segmented controls.
+        QTest::keyClick(qml.window.get(), Qt::Key_Escape);
+        QTRY_VERIFY(!qml.find<QQuickItem>("stack")->property("busy").toBool());
+        QVERIFY(QMetaObject::invokeMethod(qml.find<QObject>("optionsView"), "open"));
+        QVERIFY(qml.settle(400));
+        QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
+        // The appearance row sits last, above the about block.
+        auto *options = qml.find<QQuickItem>("optionsList");
+        QVERIFY(options);
+        QVERIFY(QMetaObject::invokeMethod(options, "positionViewAtIndex", Q_ARG(int, options->property("count").toInt() - 1),
+                                          Q_ARG(int, 2 /* ListView.Center */)));
+        QVERIFY(qml.settle());
+        qml.grab(QStringLiteral("settings-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
+        QVERIFY(pixelSize(textShowing(qml, QStringLiteral("Light"))) >= body);
+        QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
+        QVERIFY2(qml.clean(), test::WarningCollector::report());
+    }
+};
+
+QTEST_MAIN(TypeSizesTest)
+#include "tst_typesizes.moc"
