@@ -41,7 +41,9 @@ void LinkOpener::runHelper(const QString &program, const QStringList &arguments,
         *answered = true;
         done(ok);
     };
-    auto *process = new QProcess;
+    // Owned by the opener, which lives as long as the program: a helper still waiting
+    // for its browser when the app quits is neither killed nor lost track of.
+    auto *process = new QProcess(instance());
     process->setProgram(program);
     process->setArguments(arguments);
     // Nobody reads what the helper prints, and a full pipe would stall it.
