@@ -107,6 +107,19 @@ bool PracticeStore::record(PracticeCard &card, PracticeReview review)
         qint64 id = card.id;
         ok = db.inTransaction([&] {
             const QVariantList state{card.repetitions, card.interval, card.easiness, card.due, card.lapses};
+            // A form offered as new in a session built before another one
+            // stored it already has its card.
+            if (id == 0) {
+                auto existing = db.executeQuery(QStringLiteral("SELECT _id FROM practice_card WHERE verbid = ? AND "
+                                                               "tense = ? AND person = ?"),
+                                                {card.verbId, card.tense, card.person});
+                if (!existing)
+                    return false;
+                if (existing->next())
+                    id = existing->longLongIntForColumn(QStringLiteral("_id"));
+                if (existing->failed())
+                    return false;
+            }
             if (id == 0) {
                 if (!db.executeUpdate(QStringLiteral("INSERT INTO practice_card(repetitions, interval, easiness, due, "
                                                      "lapses, verbid, tense, person) VALUES(?, ?, ?, ?, ?, ?, ?, ?)"),

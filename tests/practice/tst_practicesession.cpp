@@ -136,8 +136,17 @@ private slots:
         options.today = Today + 1;
         QCOMPARE(describe(SessionBuilder::build(queue, store, options)).first(), QStringLiteral("1:6:1"));
         QCOMPARE(store.reviews().size(), 1);
+        QCOMPARE(store.reviews(1700000001).size(), 0);
         QCOMPARE(test::querySingleColumn(path, "SELECT value FROM practice_meta WHERE key = 'schema_version'"),
                  QStringList{QString::number(PracticeTables::SchemaVersion)});
+
+        // The same new form graded from a second, older session updates its card.
+        PracticeCard again = first.at(0).card;
+        again.due = Today + 6;
+        QVERIFY(store.record(again, {0, 0, 1700000100, 5, int(PracticeResult::Correct)}));
+        QCOMPARE(again.id, card.id);
+        QCOMPARE(store.cards().size(), 1);
+        QCOMPARE(store.card(1, 6, 1)->due, Today + 6);
 
         QVERIFY(store.reset());
         QVERIFY(store.cards().isEmpty());
