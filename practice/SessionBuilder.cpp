@@ -80,6 +80,13 @@ QList<SessionCard> build(const QList<qint64> &deck, const QHash<quint64, Practic
         for (int tense : options.tenses) {
             if (newRoom == 0)
                 break;
+            // A learner far into a deck has cards for every person of its
+            // first verbs: those are passed without asking the database.
+            const bool allStored = std::all_of(options.persons.cbegin(), options.persons.cend(), [&](int person) {
+                return cards.contains(PracticeStore::key(verbId, tense, person));
+            });
+            if (allStored)
+                continue;
             for (int person : personsOf(verbId, tense)) {
                 if (newRoom == 0)
                     break;
