@@ -6,25 +6,33 @@ import Norvella.Resources
 Row {
     id: bar
 
-    property Item target
+    property TextField target
     spacing: 6
+    enabled: target !== null && !target.readOnly
 
+    function keys(letters) {
+        return letters.map(letter => ({letter: letter, type: () => bar.type(letter)}))
+    }
+
+    function type(letter) {
+        bar.target.insert(bar.target.cursorPosition, letter)
+        bar.target.forceActiveFocus()
+    }
+
+    // Each entry carries its own action: a delegate reaches nothing outside it.
     Repeater {
-        model: ["à", "è", "é", "ì", "ò", "ù"]
+        model: bar.keys(["à", "è", "é", "ì", "ò", "ù"])
 
         Button {
-            required property string modelData
+            id: key
+            required property var modelData
             width: Theme.minimumTouchTarget
             height: Theme.minimumTouchTarget
-            text: modelData
+            text: key.modelData.letter
             focusPolicy: Qt.NoFocus
-            enabled: bar.target !== null && bar.target.enabled && !bar.target.readOnly
-            Accessible.name: L10n.text("practice.accent").arg(modelData)
+            Accessible.name: L10n.text("practice.accent").arg(key.modelData.letter)
             Access.pressable: true
-            onClicked: {
-                bar.target.insert(bar.target.cursorPosition, modelData)
-                bar.target.forceActiveFocus()
-            }
+            onClicked: key.modelData.type()
         }
     }
 }

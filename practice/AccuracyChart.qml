@@ -74,22 +74,23 @@ ColumnLayout {
         spacing: 12
 
         Repeater {
-            model: chart.series
+            model: chart.series.map((line, index) => ({title: line.title,
+                                                      colour: chart.colours[index % chart.colours.length]}))
 
             Row {
+                id: entry
                 required property var modelData
-                required property int index
                 spacing: 4
 
                 Rectangle {
                     width: 12
                     height: 12
                     anchors.verticalCenter: parent.verticalCenter
-                    color: chart.colours[index % chart.colours.length]
+                    color: entry.modelData.colour
                 }
 
                 Label {
-                    text: modelData.title
+                    text: entry.modelData.title
                     color: Theme.text
                 }
             }

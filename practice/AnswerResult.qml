@@ -8,6 +8,7 @@ import Norvella.Resources
 // and the button that speaks it.
 ColumnLayout {
     id: result
+    FontMetrics { id: metrics }
 
     property PracticeController controller
     spacing: 8
@@ -17,7 +18,7 @@ ColumnLayout {
         Layout.fillWidth: true
         text: result.controller.verdictText
         font.bold: true
-        font.pointSize: Qt.application.font.pointSize * 1.2
+        font.pointSize: metrics.font.pointSize * 1.2
         wrapMode: Text.WordWrap
         color: result.controller.verdict === PracticeController.Right ? Theme.primary
              : result.controller.verdict === PracticeController.Almost ? Theme.segmentTint : Theme.secondary
@@ -34,7 +35,7 @@ ColumnLayout {
                   + result.controller.answerText
             textFormat: Text.StyledText
             color: Theme.text
-            font.pointSize: Qt.application.font.pointSize * 1.3
+            font.pointSize: metrics.font.pointSize * 1.3
             wrapMode: Text.WordWrap
         }
 

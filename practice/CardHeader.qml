@@ -7,21 +7,28 @@ import Norvella.Resources
 // What a card asks: the verb and its translation, the tense, how many are left.
 ColumnLayout {
     id: header
+    FontMetrics { id: metrics }
 
     property PracticeController controller
     property bool showsVerb: true
     spacing: 4
 
-    RowLayout {
+    Item {
         Layout.fillWidth: true
+        implicitHeight: remainingLabel.implicitHeight
 
         Label {
-            Layout.fillWidth: true
+            id: remainingLabel
+            anchors.left: parent.left
+            anchors.right: newLabel.left
             text: L10n.text("practice.remaining").arg(header.controller.remaining)
             color: Theme.secondaryText
+            elide: Text.ElideRight
         }
 
         Label {
+            id: newLabel
+            anchors.right: parent.right
             visible: header.controller.isNewCard
             text: L10n.text("practice.new")
             color: Theme.primary
@@ -35,7 +42,7 @@ ColumnLayout {
         text: header.controller.infinitive
         color: Theme.text
         font.bold: true
-        font.pointSize: Qt.application.font.pointSize * 1.6
+        font.pointSize: metrics.font.pointSize * 1.6
         wrapMode: Text.WordWrap
         Access.heading: true
     }

@@ -11,6 +11,11 @@ ColumnLayout {
     property PracticeProgressController controller
     spacing: 10
 
+    // Each entry carries its own action: a delegate reaches nothing outside it.
+    function withActions(list, set) {
+        return list.map(choice => ({title: choice.title, on: choice.on, set: on => set(choice, on)}))
+    }
+
     SectionTitle { text: L10n.text("practice.settings") }
 
     Label {
@@ -38,15 +43,16 @@ ColumnLayout {
         spacing: 4
 
         Repeater {
-            model: choices.controller.tenseChoices
+            model: choices.withActions(choices.controller.tenseChoices, (choice, on) => choices.controller.setTenseOn(choice.type, on))
 
             CheckBox {
+                id: box
                 required property var modelData
-                text: modelData.title
-                checked: modelData.on
+                text: box.modelData.title
+                checked: box.modelData.on
                 Accessible.name: text
                 Access.pressable: true
-                onToggled: choices.controller.setTenseOn(modelData.type, checked)
+                onToggled: box.modelData.set(box.checked)
             }
         }
     }
@@ -61,15 +67,17 @@ ColumnLayout {
         spacing: 4
 
         Repeater {
-            model: choices.controller.personChoices
+            model: choices.withActions(choices.controller.personChoices,
+                                       (choice, on) => choices.controller.setPersonOn(choice.person, on))
 
             CheckBox {
+                id: personBox
                 required property var modelData
-                text: modelData.title
-                checked: modelData.on
+                text: personBox.modelData.title
+                checked: personBox.modelData.on
                 Accessible.name: text
                 Access.pressable: true
-                onToggled: choices.controller.setPersonOn(modelData.person, checked)
+                onToggled: personBox.modelData.set(personBox.checked)
             }
         }
     }
@@ -136,16 +144,23 @@ ColumnLayout {
             color: Theme.text
         }
 
-        footer: DialogButtonBox {
+        footer: RowLayout {
+            spacing: 8
+
+            Item { Layout.fillWidth: true }
+
             Button {
                 text: L10n.text("practice.cancel")
-                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
                 Access.pressable: true
+                onClicked: confirmReset.close()
             }
+
             Button {
+                objectName: "practiceResetConfirm"
+                Layout.rightMargin: 12
+                Layout.bottomMargin: 12
                 text: L10n.text("practice.reset.do")
                 palette.buttonText: Theme.secondary
-                DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
                 Access.pressable: true
                 onClicked: {
                     choices.controller.resetProgress()

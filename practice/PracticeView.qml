@@ -51,6 +51,10 @@ Page {
                 height: Theme.minimumTouchTarget
                 icon.source: "qrc:/norvella/icons/back.svg"
                 icon.color: Theme.barText
+                background: Rectangle {
+                    radius: 6
+                    color: closeButton.down ? Qt.darker(Theme.primary, 1.25) : Theme.primary
+                }
                 Accessible.name: L10n.text("action.back")
                 Access.pressable: true
                 onClicked: view.closeRequested()
@@ -76,11 +80,29 @@ Page {
                 model: [L10n.text("practice.produce"), L10n.text("practice.recognise"), L10n.text("practice.progress")]
 
                 TabButton {
+                    id: tab
                     required property string modelData
-                    text: modelData
+                    text: tab.modelData
                     implicitHeight: Theme.minimumTouchTarget
                     font.bold: checked
-                    palette.buttonText: checked ? Theme.primary : Theme.secondaryText
+                    contentItem: Label {
+                        text: tab.text
+                        font: tab.font
+                        color: tab.checked ? Theme.primary : Theme.secondaryText
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                        elide: Text.ElideRight
+                    }
+                    background: Rectangle {
+                        color: Theme.background
+
+                        Rectangle {
+                            anchors.bottom: parent.bottom
+                            width: parent.width
+                            height: tab.checked ? 3 : 1
+                            color: tab.checked ? Theme.primary : Theme.separator
+                        }
+                    }
                     Accessible.name: text
                     Accessible.selectable: true
                     Accessible.selected: checked

@@ -7,6 +7,7 @@ import Norvella.Resources
 // Produce: the learner types the form the card asks for.
 Flickable {
     id: drill
+    FontMetrics { id: metrics }
 
     property PracticeController controller
     readonly property bool answered: controller.verdict !== PracticeController.Unanswered
@@ -70,7 +71,7 @@ Flickable {
                 visible: text.length > 0
                 text: drill.controller.pronoun
                 color: Theme.text
-                font.pointSize: Qt.application.font.pointSize * 1.3
+                font.pointSize: metrics.font.pointSize * 1.3
             }
 
             TextField {
@@ -81,7 +82,7 @@ Flickable {
                 placeholderText: L10n.text("practice.answer.placeholder")
                 readOnly: drill.answered
                 inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
-                font.pointSize: Qt.application.font.pointSize * 1.3
+                font.pointSize: metrics.font.pointSize * 1.3
                 Accessible.name: L10n.text("practice.answer.placeholder")
                 onAccepted: drill.controller.submit(text)
             }

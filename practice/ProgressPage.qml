@@ -7,6 +7,7 @@ import Norvella.Resources
 // Progress: what is due, the streak, accuracy, the costly verbs, and what to practise.
 Flickable {
     id: page
+    FontMetrics { id: metrics }
 
     property PracticeProgressController controller
 
@@ -27,10 +28,13 @@ Flickable {
             spacing: 12
 
             Repeater {
-                model: [{value: page.controller.dueToday, title: L10n.text("practice.progress.due")},
-                        {value: page.controller.streak, title: L10n.text("practice.progress.streak")}]
+                model: [{value: page.controller.dueToday, title: L10n.text("practice.progress.due"),
+                         size: metrics.font.pointSize * 2},
+                        {value: page.controller.streak, title: L10n.text("practice.progress.streak"),
+                         size: metrics.font.pointSize * 2}]
 
                 Rectangle {
+                    id: stat
                     required property var modelData
                     Layout.fillWidth: true
                     implicitHeight: figure.implicitHeight + 24
@@ -45,16 +49,16 @@ Flickable {
                         Label {
                             width: parent.width
                             horizontalAlignment: Text.AlignHCenter
-                            text: modelData.value
+                            text: stat.modelData.value
                             color: Theme.primary
                             font.bold: true
-                            font.pointSize: Qt.application.font.pointSize * 2
+                            font.pointSize: stat.modelData.size
                         }
 
                         Label {
                             width: parent.width
                             horizontalAlignment: Text.AlignHCenter
-                            text: modelData.title
+                            text: stat.modelData.title
                             color: Theme.secondaryText
                             wrapMode: Text.WordWrap
                         }
@@ -86,18 +90,19 @@ Flickable {
             model: page.controller.costlyVerbs
 
             RowLayout {
+                id: costly
                 required property var modelData
                 Layout.fillWidth: true
 
                 Label {
                     Layout.fillWidth: true
-                    text: modelData.title
+                    text: costly.modelData.title
                     color: Theme.text
                     font.bold: true
                 }
 
                 Label {
-                    text: modelData.detail
+                    text: costly.modelData.detail
                     color: Theme.secondaryText
                 }
             }

@@ -13,6 +13,13 @@ ColumnLayout {
     // Key 1-4 to its grade on the 0-5 scale.
     readonly property var grades: [1, 3, 4, 5]
 
+    // Each entry carries its own action: a delegate reaches nothing outside it.
+    function buttons(titles, suggested) {
+        return titles.map((title, index) => ({title: (index + 1) + "  " + title, name: title,
+                                              suggested: grades[index] === suggested,
+                                              rate: () => bar.rated(grades[index])}))
+    }
+
     function rateKey(key) {
         const index = key - Qt.Key_1
         if (index < 0 || index >= grades.length)
@@ -35,23 +42,22 @@ ColumnLayout {
         spacing: 6
 
         Repeater {
-            model: [L10n.text("practice.rate.again"), L10n.text("practice.rate.hard"),
-                    L10n.text("practice.rate.good"), L10n.text("practice.rate.easy")]
+            model: bar.buttons([L10n.text("practice.rate.again"), L10n.text("practice.rate.hard"),
+                                L10n.text("practice.rate.good"), L10n.text("practice.rate.easy")], bar.suggested)
 
             Button {
                 id: gradeButton
-                required property string modelData
-                required property int index
+                required property var modelData
                 Layout.fillWidth: true
                 Layout.preferredHeight: Theme.minimumTouchTarget
-                text: (index + 1) + "  " + modelData
-                font.bold: bar.grades[index] === bar.suggested
-                highlighted: bar.grades[index] === bar.suggested
+                text: gradeButton.modelData.title
+                font.bold: gradeButton.modelData.suggested
+                highlighted: gradeButton.modelData.suggested
                 palette.button: highlighted ? Theme.primary : Theme.background
                 palette.buttonText: highlighted ? Theme.barText : Theme.text
-                Accessible.name: modelData
+                Accessible.name: gradeButton.modelData.name
                 Access.pressable: true
-                onClicked: bar.rated(bar.grades[index])
+                onClicked: gradeButton.modelData.rate()
             }
         }
     }

@@ -7,6 +7,7 @@ import Norvella.Resources
 // Recognise: the learner names the verb, tense and person of a shown form.
 Flickable {
     id: drill
+    FontMetrics { id: metrics }
 
     property PracticeController controller
     readonly property bool answered: controller.verdict !== PracticeController.Unanswered
@@ -17,6 +18,13 @@ Flickable {
     ScrollBar.vertical: ScrollBar {}
 
     onVisibleChanged: if (visible) column.forceActiveFocus()
+
+    // Each entry carries its own action: a delegate reaches nothing outside it.
+    function entries(options, answered, chosen) {
+        return options.map((option, index) => ({label: option.label, number: index + 1, right: option.right,
+                                                revealed: answered && (option.right || index === chosen),
+                                                dimmed: answered, choose: () => drill.controller.choose(index)}))
+    }
 
     Connections {
         target: drill.controller
@@ -71,29 +79,30 @@ Flickable {
             text: drill.controller.shownForm
             color: Theme.text
             font.bold: true
-            font.pointSize: Qt.application.font.pointSize * 1.8
+            font.pointSize: metrics.font.pointSize * 1.8
             wrapMode: Text.WordWrap
             Access.heading: true
         }
 
+        // After the answer the right option and the one chosen stay lit.
         Repeater {
-            model: drill.controller.hasCard ? drill.controller.options : []
+            model: drill.controller.hasCard ? drill.entries(drill.controller.options, drill.answered,
+                                                            drill.controller.chosenOption) : []
 
             Button {
                 id: option
                 required property var modelData
-                required property int index
-                readonly property bool revealed: drill.answered && (modelData.right || index === drill.controller.chosenOption)
                 Layout.fillWidth: true
                 Layout.preferredHeight: Math.max(Theme.minimumTouchTarget, implicitHeight)
-                text: (index + 1) + "  " + modelData.label
-                enabled: !drill.answered || revealed
-                font.bold: revealed
-                palette.button: revealed ? (modelData.right ? Theme.primary : Theme.secondary) : Theme.background
-                palette.buttonText: revealed ? Theme.barText : Theme.text
-                Accessible.name: modelData.label
+                text: option.modelData.number + "  " + option.modelData.label
+                enabled: !option.modelData.dimmed || option.modelData.revealed
+                font.bold: option.modelData.revealed
+                palette.button: option.modelData.revealed ? (option.modelData.right ? Theme.primary : Theme.secondary)
+                                                          : Theme.background
+                palette.buttonText: option.modelData.revealed ? Theme.barText : Theme.text
+                Accessible.name: option.modelData.label
                 Access.pressable: true
-                onClicked: drill.controller.choose(index)
+                onClicked: option.modelData.choose()
             }
         }
 

@@ -9,7 +9,9 @@ Label {
     Layout.topMargin: 6
     color: Theme.text
     font.bold: true
-    font.pointSize: Qt.application.font.pointSize * 1.1
+    font.pointSize: metrics.font.pointSize * 1.1
     wrapMode: Text.WordWrap
     Access.heading: true
+
+    FontMetrics { id: metrics }
 }
