@@ -73,9 +73,7 @@ void PracticeProgressController::refresh()
                                                           : QString::number(verb.verbId);
                 m_costlyVerbs << QVariantMap{{QStringLiteral("title"), name},
                                              {QStringLiteral("detail"),
-                                              Strings::text(QStringLiteral("practice.progress.misses"))
-                                                      .arg(verb.misses)
-                                                      .arg(verb.answers)}};
+                                              Strings::text(QStringLiteral("practice.progress.misses")).arg(verb.misses)}};
             }
         });
     }
