@@ -5,6 +5,7 @@ import QtQuick.Layouts
 import Norvella.App
 import Norvella.Export
 import Norvella.Lists
+import Norvella.Practice
 import Norvella.Resources
 import Norvella.Settings
 
@@ -19,6 +20,14 @@ Page {
     readonly property bool searching: search.active
 
     function focusSearch() { search.focusField() }
+    // The practice screen gets the database on first use: until then a
+    // launch does not create the practice tables.
+    property bool practiceUsed: false
+    function openPractice() {
+        practiceUsed = true
+        practice.open()
+        practiceView.begin()
+    }
     // Keyboard focus leaves the search field for the rows below it.
     function focusList() {
         if (search.text.length > 0)
@@ -62,6 +71,23 @@ Page {
                 Accessible.name: L10n.text("menu.open")
                 Access.pressable: true
                 onClicked: drawer.open()
+            }
+
+            ToolButton {
+                id: practiceButton
+                objectName: "practiceButton"
+                width: Theme.minimumTouchTarget
+                height: Theme.minimumTouchTarget
+                icon.source: "qrc:/norvella/icons/book.svg"
+                icon.color: Theme.barText
+                hoverEnabled: false
+                background: Rectangle {
+                    radius: 6
+                    color: practiceButton.down ? Qt.darker(Theme.primary, 1.25) : "transparent"
+                }
+                Accessible.name: L10n.text("practice.open")
+                Access.pressable: true
+                onClicked: home.openPractice()
             }
         }
         SearchField {
@@ -188,4 +214,23 @@ Page {
     }
 
     AlertDialog { sender: supportMail }
+
+    Popup {
+        id: practice
+        objectName: "practicePopup"
+        parent: Overlay.overlay
+        width: parent ? parent.width : 0
+        height: parent ? parent.height : 0
+        padding: 0
+        modal: true
+        focus: true
+
+        PracticeView {
+            id: practiceView
+            objectName: "practiceView"
+            anchors.fill: parent
+            queue: home.practiceUsed && home.appDelegate ? home.appDelegate.queue : null
+            onCloseRequested: practice.close()
+        }
+    }
 }

@@ -20,6 +20,7 @@
 #include "VerbRepository.h"
 #include "VerbStore.h"
 #include "VerbViewBookkeeping.h"
+#include "PracticeBench.h"
 
 #include <QCommandLineParser>
 #include <QDateTime>
@@ -990,6 +991,20 @@ int main(int argc, char **argv)
 
     progress(QStringLiteral("list reloads"));
     benchLists(report, queue, settings);
+
+    progress(QStringLiteral("practice sessions"));
+    {
+        const bench::PracticeSessionTiming practice = bench::timePracticeSession(queue, 50);
+        report.section(QStringLiteral("Practice: %1 verbs in the deck, 2,000 cards stored").arg(practice.deckVerbs));
+        if (!practice.error.isEmpty())
+            report.fail(practice.error);
+        else if (practice.cards != 50 || practice.reviews != 30)
+            report.fail(QStringLiteral("the practice session has %1 cards, %2 of them reviews; expected 50 and 30")
+                                .arg(practice.cards)
+                                .arg(practice.reviews));
+        addPercentiles(report, QStringLiteral("practice.session"), practice.samples, 16,
+                       QStringLiteral("30 reviews and 20 new cards from the 1,000 most frequent verbs, 50 builds"));
+    }
 
     progress(QStringLiteral("export"));
     benchExport(report, queue, settings);

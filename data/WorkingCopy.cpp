@@ -16,6 +16,8 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
+#include <tuple>
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -207,6 +209,75 @@ std::map<qint64, Row> rescueTable(Connection &db, const QString &table, const QS
     return rows;
 }
 
+// Read after favourites and history and on their own: a damaged practice
+// table loses at most its own unreadable rows.
+PracticeRows readPracticeRows(Connection &db)
+{
+    PracticeRows rows;
+    if (!db.hasColumn(PracticeTables::Cards, "verbid") || !db.hasColumn(PracticeTables::Reviews, "cardid"))
+        return rows;
+    rows.present = true;
+    bool partial = false;
+    const auto cards = rescueTable<PracticeCard>(
+            db, QLatin1String(PracticeTables::Cards),
+            QStringLiteral("verbid, tense, person, repetitions, interval, easiness, due, lapses"),
+            [](sqlite3_stmt *s, int c) {
+                return PracticeCard{0, sqlite3_column_int64(s, c), sqlite3_column_int(s, c + 1),
+                                    sqlite3_column_int(s, c + 2), sqlite3_column_int(s, c + 3),
+                                    sqlite3_column_int(s, c + 4), sqlite3_column_double(s, c + 5),
+                                    sqlite3_column_int64(s, c + 6), sqlite3_column_int(s, c + 7)};
+            },
+            &partial);
+    for (auto [id, card] : cards) {
+        card.id = id;
+        rows.cards << card;
+    }
+    const auto reviews = rescueTable<PracticeReview>(
+            db, QLatin1String(PracticeTables::Reviews), QStringLiteral("cardid, time, quality, result"),
+            [](sqlite3_stmt *s, int c) {
+                return PracticeReview{0, sqlite3_column_int64(s, c), sqlite3_column_int64(s, c + 1),
+                                      sqlite3_column_int(s, c + 2), sqlite3_column_int(s, c + 3)};
+            },
+            &partial);
+    for (auto [id, review] : reviews) {
+        review.id = id;
+        rows.reviews << review;
+    }
+    if (partial)
+        CrashLog::log(QStringLiteral("Some practice rows could not be read; kept %1 cards and %2 reviews")
+                              .arg(rows.cards.size())
+                              .arg(rows.reviews.size()));
+    return rows;
+}
+
+// The ids are kept: reviews point at their cards by id.
+bool writePracticeRows(Connection &db, const PracticeRows &rows)
+{
+    if (!rows.present)
+        return true;
+    for (const QString &statement : PracticeTables::createStatements()) {
+        if (!db.run(statement))
+            return false;
+    }
+    for (const PracticeCard &card : rows.cards) {
+        // The easiness is a fraction; it is bound as text of its exact value
+        // so the integer binding of run() does not cut it.
+        if (!db.run(QStringLiteral("INSERT OR IGNORE INTO practice_card(_id, verbid, tense, person, repetitions, "
+                                   "interval, easiness, due, lapses) VALUES(?, ?, ?, ?, ?, ?, %1, ?, ?)")
+                             .arg(qIsFinite(card.easiness) ? card.easiness : 2.5, 0, 'g', 17),
+                     {card.id, card.verbId, card.tense, card.person, card.repetitions, card.interval, card.due,
+                      card.lapses}))
+            return false;
+    }
+    for (const PracticeReview &review : rows.reviews) {
+        if (!db.run(QStringLiteral("INSERT INTO practice_review(_id, cardid, time, quality, result) "
+                                   "VALUES(?, ?, ?, ?, ?)"),
+                    {review.id, review.cardId, review.time, review.quality, review.result}))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool pathFitsSqlite(const QString &path, QString *problem)
@@ -263,7 +334,10 @@ Inspection inspect(const QString &path, Depth depth)
     if (!result.problem.isEmpty())
         return result;
 
-    for (const QString &table : {QStringLiteral("favourite"), QStringLiteral("history")}) {
+    QStringList userTables{QStringLiteral("favourite"), QStringLiteral("history")};
+    if (db.hasColumn(PracticeTables::Cards, "verbid"))
+        userTables << PracticeTables::tableNames();
+    for (const QString &table : std::as_const(userTables)) {
         QStringList problems = tableProblems(db, table, &ok);
         if (ok && !problems.isEmpty() && onlyIndexProblems(problems)) {
             // The rows are sound and only their index is wrong: rebuilding
@@ -277,6 +351,10 @@ Inspection inspect(const QString &path, Depth depth)
         }
         if (!ok || !problems.isEmpty()) {
             result.problem = ok ? problems.mid(0, 3).join(QStringLiteral("; ")) : db.error();
+            if (table.startsWith(QLatin1String("practice_")))
+                CrashLog::log(QStringLiteral("The practice table %1 of %2 is damaged (%3); the copy is rebuilt with "
+                                             "the favourites, the history and the practice rows still readable")
+                                      .arg(table, path, result.problem));
             return result;
         }
     }
@@ -330,6 +408,7 @@ CarryOver readUserRows(const QString &path, bool *rescued)
         carryOver.history << row;
     if (partial)
         reportError(DatabaseErrors::ReadingMigration, db);
+    carryOver.practice = readPracticeRows(db);
     // Leaves the old copy's journal settled in the file itself, so nothing
     // of it is pending when the copy is replaced.
     db.run(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
@@ -382,6 +461,7 @@ bool build(const QString &masterPath, const QString &target, const CarryOver &ca
                 break;
             ok = db.run(QStringLiteral("INSERT INTO history(verbid, timestamp) VALUES(?, ?)"), {verbId, timestamp});
         }
+        ok = ok && writePracticeRows(db, carryOver.practice);
         ok = ok && db.run(QStringLiteral("PRAGMA user_version = %1").arg(userVersion));
         FaultInjection::point("carry-over inserted");
         ok = ok && db.run(QStringLiteral("COMMIT"));
@@ -404,6 +484,17 @@ bool build(const QString &masterPath, const QString &target, const CarryOver &ca
     if (!favourites || !history || !version || *favourites != expectedFavourites || *history != expectedHistory
         || *version != userVersion)
         return fail(QStringLiteral("the new copy does not read back what was written: ") + check.error());
+    if (carryOver.practice.present) {
+        const auto cards = check.integer(QStringLiteral("SELECT count(*) FROM practice_card"));
+        const auto reviews = check.integer(QStringLiteral("SELECT count(*) FROM practice_review"));
+        // A form carried twice (a damaged index let it in) is kept once.
+        std::set<std::tuple<qint64, int, int>> forms;
+        for (const PracticeCard &card : carryOver.practice.cards)
+            forms.emplace(card.verbId, card.tense, card.person);
+        if (!cards || !reviews || *cards != qint64(forms.size())
+            || *reviews != carryOver.practice.reviews.size())
+            return fail(QStringLiteral("the new copy does not read back the practice rows: ") + check.error());
+    }
     check.close();
     if (QFile::exists(target + QStringLiteral("-journal")) || QFile::exists(target + QStringLiteral("-wal")))
         return fail(QStringLiteral("the new copy still has a journal"));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "PracticeTables.h"
+
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -10,12 +12,13 @@ struct sqlite3;
 
 namespace norvella {
 
-// Favourites and history read from an old working copy, to be written into
+// Favourites, history and practice rows read from an old working copy, to be written into
 // its replacement.
 struct CarryOver
 {
     QList<int> favourites;
     QList<QPair<int, int>> history; // verb id, whole seconds
+    PracticeRows practice;
     bool operator==(const CarryOver &) const = default;
 };
 

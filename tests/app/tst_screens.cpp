@@ -23,6 +23,7 @@ Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
 Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
+Q_IMPORT_QML_PLUGIN(Norvella_PracticePlugin)
 
 using namespace norvella;
 

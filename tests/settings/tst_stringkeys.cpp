@@ -81,7 +81,7 @@ private slots:
     void everyKeyUsedIsInEveryTable()
     {
         // The scan still sees every kind of use.
-        QCOMPARE(m_folders.size(), 7);
+        QCOMPARE(m_folders.size(), 8);
         for (const QString key : {"tabs.list", "search.clear", "conjugation.play", "action.favourite.remove",
                                   "export.share.pdf", "settings.history_info", "settings", "select", "privacy",
                                   "tense.sub.trapassatoprossimo_italian", "type.other.full"})
