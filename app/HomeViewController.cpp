@@ -220,6 +220,11 @@ void HomeViewController::searchResultSelected(const VerbPtr &verb)
         emit searchFieldShouldResign();
 }
 
+void HomeViewController::showVerbRef(QObject *verb)
+{
+    showVerb(VerbRef::from(verb));
+}
+
 void HomeViewController::showVerb(const VerbPtr &verb)
 {
     if (!verb)

@@ -80,6 +80,8 @@ public:
     QObject *detailVerb() const;
     // Opens the detail column (or page) with this verb, as a tap on a row does.
     void showVerb(const VerbPtr &verb);
+    // The same for a verb handed over from QML (a VerbRef): a link between verbs.
+    Q_INVOKABLE void showVerbRef(QObject *verb);
     VerbPtr selectedSearchResult() const { return m_selectedSearchResult; }
     bool padIdiom() const { return m_padIdiom; }
     void setPadIdiom(bool pad);

@@ -81,6 +81,7 @@ ApplicationWindow {
         verb: window.regularWidth ? window.selectedVerb : null
         queue: window.appDelegate ? window.appDelegate.queue : null
         onExportRequested: verb => share.exportVerb(verb)
+        onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
     }
 
     Component {
@@ -92,6 +93,7 @@ ApplicationWindow {
             showsBackButton: true
             onBackRequested: StackView.view.pop()
             onExportRequested: verb => share.exportVerb(verb)
+            onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
         }
     }
 

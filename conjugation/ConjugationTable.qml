@@ -3,6 +3,11 @@ import QtQuick.Controls
 
 // Phone layout: the verb row, then each tense of the mood as a titled section.
 ListView {
+    id: table
+
+    // The verb row's model verb was chosen.
+    signal modelVerbActivated()
+
     clip: true
     bottomMargin: 24
     boundsBehavior: Flickable.StopAtBounds
@@ -10,5 +15,6 @@ ListView {
 
     delegate: TableSection {
         width: ListView.view.width
+        onModelVerbActivated: table.modelVerbActivated()
     }
 }

@@ -23,6 +23,8 @@ Page {
 
     signal backRequested()
     signal exportRequested(QtObject verb)
+    // Another verb to open the normal way (the model this one conjugates like).
+    signal openVerbRequested(QtObject verb)
 
     // Shows a mood as if its segment were chosen: 0 indicative, 1 subjunctive,
     // 2 conditional, 3 other forms.
@@ -42,6 +44,7 @@ Page {
         queue: screen.queue
         peeking: screen.peeking
         onAlertRequested: message => alert.show(message)
+        onOpenVerbRequested: verb => screen.openVerbRequested(verb)
     }
 
     header: DetailBar {
@@ -78,6 +81,7 @@ Page {
             Layout.fillHeight: true
             visible: controller.hasVerb && !screen.regularWidth
             model: controller.tableModel
+            onModelVerbActivated: controller.openModelVerb()
         }
 
         ConjugationGrid {
@@ -87,6 +91,8 @@ Page {
             model: controller.gridModel
             heading: controller.verbRowText
             notes: controller.usageNotes
+            pattern: controller.pattern
+            onModelVerbActivated: controller.openModelVerb()
         }
     }
 
