@@ -99,9 +99,8 @@ private slots:
 
     void aCopyFromBeforePatternsOffersNoFilterAndKeepsTheUsersData()
     {
-        QVERIFY(test::runSql(m_fixture->databasePath, "INSERT INTO favourite(verbid) VALUES (3);"
-                                                       "ALTER TABLE verb DROP COLUMN pattern;"
-                                                       "ALTER TABLE verb DROP COLUMN frequency_rank;"));
+        QVERIFY(test::runSql(m_fixture->databasePath, QStringLiteral("INSERT INTO favourite(verbid) VALUES (3);")
+                                                               + test::withoutPatternColumnsSql()));
         auto list = makeList();
         QVERIFY(!list->irregularVerbs()->isAvailable());
         QVERIFY(list->rowCount() > 0);
