@@ -83,7 +83,7 @@ bool read(Database &db, Verb &verb, ConjugationList &formsInOrder)
 QString patternText(const VerbPattern &pattern)
 {
     if (!pattern.modelItalian.isEmpty())
-        return Strings::text(QStringLiteral("conjugation.pattern.like"));
+        return Strings::text(QStringLiteral("conjugation.pattern.like")).arg(pattern.modelItalian);
     const QString &kind = pattern.pattern;
     if (kind == QLatin1String("are") || kind == QLatin1String("ere") || kind == QLatin1String("ire"))
         return Strings::text(QStringLiteral("conjugation.pattern.regular")).arg(QLatin1Char('-') + kind);
@@ -97,17 +97,18 @@ QString patternText(const VerbPattern &pattern)
 PatternLine patternLine(const VerbPattern &pattern)
 {
     PatternLine line;
-    const QString text = patternText(pattern);
-    const qsizetype at = text.indexOf(QLatin1String("%1"));
+    line.sentence = patternText(pattern);
+    // A character no translation holds shows where the language puts the model.
+    const QChar slot(0xFFFC);
+    const QString around = Strings::text(QStringLiteral("conjugation.pattern.like")).arg(slot);
+    const qsizetype at = around.indexOf(slot);
     if (pattern.modelItalian.isEmpty() || at < 0) {
-        line.before = text;
-        line.sentence = text;
+        line.before = line.sentence;
         return line;
     }
-    line.before = text.left(at);
+    line.before = around.left(at);
     line.model = pattern.modelItalian;
-    line.after = text.mid(at + 2);
-    line.sentence = line.before + line.model + line.after;
+    line.after = around.mid(at + 1);
     return line;
 }
 

@@ -33,9 +33,8 @@ inline constexpr char16_t Star = u'*';
 // and reads as no marks; false then.
 bool read(Database &db, Verb &verb, ConjugationList &formsInOrder);
 
-// "regular (-are)", "regular (-ire, -isc-)", "irregular" or "conjugates like %1"
-// in the UI language; empty when the pattern is unknown. With a model, %1 is
-// left in place for the caller, which shows the model as a link.
+// "regular (-are)", "regular (-ire, -isc-)", "irregular" or "conjugates like
+// venire" in the UI language; empty when the pattern is unknown.
 QString patternText(const VerbPattern &pattern);
 
 // The pattern as the verb row shows it: the text around the model verb, which
