@@ -15,6 +15,7 @@ ListView {
 
     delegate: TableSection {
         width: ListView.view.width
-        onModelVerbActivated: table.modelVerbActivated()
+        // Created inside this file, so the outer id is always there.
+        onModelVerbActivated: table.modelVerbActivated() // qmllint disable unqualified
     }
 }

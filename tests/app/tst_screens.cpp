@@ -153,14 +153,15 @@ private slots:
             render();
 
             // Mark a favourite by swiping its row and tapping the action, then visit every tab.
-            const QPointF from(300, 190);
+            // The rows start below the All / Irregular filter (60 high).
+            const QPointF from(300, 250);
             QTest::mousePress(m_window, Qt::LeftButton, {}, from.toPoint());
             for (int step = 1; step <= 12; ++step)
                 QTest::mouseMove(m_window, (from - QPointF(step * 20, 0)).toPoint());
             QTest::mouseRelease(m_window, Qt::LeftButton, {}, (from - QPointF(240, 0)).toPoint());
             QQuickItem *swiped = row(list->verbAtRow(1)->italian, nullptr, false);
             QTRY_VERIFY(swiped && swiped->property("swipe").value<QObject *>()->property("complete").toBool());
-            QTest::mouseClick(m_window, Qt::LeftButton, {}, QPoint(columnWidth - 60, 209));
+            QTest::mouseClick(m_window, Qt::LeftButton, {}, QPoint(columnWidth - 60, 269));
             render("favourite-marked");
             QVERIFY(list->verbAtRow(1)->isFavourite);
             home->showTab(HomeViewController::FavouritesTab);
