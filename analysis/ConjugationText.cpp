@@ -1,6 +1,7 @@
 #include "ConjugationText.h"
 
 #include "FormAnalysis.h"
+#include "IrregularMarks.h"
 
 #include <QStringList>
 
@@ -14,17 +15,6 @@ QString column(sqlite3_stmt *statement, int index)
 {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, index));
     return text ? QString::fromUtf8(text, sqlite3_column_bytes(statement, index)) : QString();
-}
-
-// Each form of a cell that is irregular gets a star: "devo* / debbo*".
-QString marked(const QString &cell, int mask)
-{
-    QStringList forms = cell.split(QStringLiteral(" / "));
-    for (int i = 0; i < forms.size() && i < 8; ++i) {
-        if (mask & (1 << i))
-            forms[i] += u'*';
-    }
-    return forms.join(QStringLiteral(" / "));
 }
 
 } // namespace
@@ -86,7 +76,7 @@ ConjugationText conjugationText(sqlite3 *db, const QString &infinitive)
         const QString pronoun = column(forms, 1);
         const int mask = sqlite3_column_int(forms, 3);
         anyIrregular = anyIrregular || mask;
-        text += QStringLiteral("  ") + (pronoun.isEmpty() ? QString() : pronoun + u'\t') + marked(column(forms, 2), mask)
+        text += QStringLiteral("  ") + (pronoun.isEmpty() ? QString() : pronoun + u'\t') + IrregularMarks::starred(column(forms, 2), mask)
               + u'\n';
     }
     sqlite3_finalize(forms);

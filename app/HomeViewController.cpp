@@ -228,6 +228,11 @@ void HomeViewController::searchFormSelected(const VerbPtr &verb, const QList<For
         emit searchFieldShouldResign();
 }
 
+void HomeViewController::showVerbRef(QObject *verb)
+{
+    showVerb(VerbRef::from(verb));
+}
+
 void HomeViewController::showVerb(const VerbPtr &verb)
 {
     showVerb(verb, {});

@@ -82,6 +82,8 @@ public:
     void showVerb(const VerbPtr &verb);
     // The same, opened at the cells of a searched form (the chosen one first).
     void showVerb(const VerbPtr &verb, const QList<FormCell> &cells);
+    // The same for a verb handed over from QML (a VerbRef): a link between verbs.
+    Q_INVOKABLE void showVerbRef(QObject *verb);
     VerbPtr selectedSearchResult() const { return m_selectedSearchResult; }
     bool padIdiom() const { return m_padIdiom; }
     void setPadIdiom(bool pad);

@@ -103,6 +103,7 @@ ApplicationWindow {
         verb: window.regularWidth ? window.selectedVerb : null
         queue: window.appDelegate ? window.appDelegate.queue : null
         onExportRequested: verb => share.exportVerb(verb)
+        onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
     }
 
     Component {
@@ -114,6 +115,7 @@ ApplicationWindow {
             showsBackButton: true
             onBackRequested: StackView.view.pop()
             onExportRequested: verb => share.exportVerb(verb)
+            onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
         }
     }
 

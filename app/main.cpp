@@ -76,12 +76,16 @@ bool prepareScreen(QObject *root, const QString &tab, bool search, const QString
         return false;
     }
     if (!tab.isEmpty()) {
-        const int tag = HomeViewController::tabForName(tab);
+        // "irregular" is the list tab with its filter set.
+        const bool irregular = tab == QLatin1String("irregular");
+        const int tag = irregular ? int(HomeViewController::ListTab) : HomeViewController::tabForName(tab);
         if (tag < 0) {
-            std::fprintf(stderr, "norvella: --tab wants list, favourites or history\n");
+            std::fprintf(stderr, "norvella: --tab wants list, irregular, favourites or history\n");
             return false;
         }
         home->showTab(tag);
+        if (irregular && home->verbListTableViewController())
+            home->verbListTableViewController()->setShowsIrregular(true);
     }
     if (search) {
         auto *field = root->findChild<QQuickItem *>(QStringLiteral("searchField"));
@@ -202,7 +206,7 @@ int main(int argc, char **argv)
                                             QStringLiteral("Perform a quick action: search, favourite, history or list."),
                                             QStringLiteral("type"));
     const QCommandLineOption tabOption(QStringLiteral("tab"),
-                                       QStringLiteral("With --screenshot: show this tab (list, favourites or history)."),
+                                       QStringLiteral("With --screenshot: show this tab (list, irregular, favourites or history)."),
                                        QStringLiteral("tab"));
     const QCommandLineOption searchOption(QStringLiteral("search"),
                                           QStringLiteral("With --screenshot: type this text into the search field."),

@@ -18,6 +18,12 @@ class ConjugationFormItem : public QObject
     Q_PROPERTY(QString key READ key CONSTANT)
     Q_PROPERTY(QString pronoun READ pronoun CONSTANT)
     Q_PROPERTY(QString form READ form CONSTANT)
+    // The form as styled text, irregular variants in bold and underlined, so
+    // the mark does not rest on colour.
+    Q_PROPERTY(QString formMarkup READ formMarkup CONSTANT)
+    // The form as a screen reader says it, each irregular variant named so.
+    Q_PROPERTY(QString accessibleForm READ accessibleForm CONSTANT)
+    Q_PROPERTY(bool irregular READ isIrregular CONSTANT)
     // A dash for a person the verb is not used in: nothing to play.
     Q_PROPERTY(bool placeholder READ isPlaceholder CONSTANT)
     Q_PROPERTY(QString playName READ playName CONSTANT)
@@ -27,12 +33,16 @@ class ConjugationFormItem : public QObject
     Q_PROPERTY(bool matchesSearch READ matchesSearch CONSTANT)
 public:
     ConjugationFormItem(VerbDetailTableViewController *controller, QString key, QString pronoun, QString form,
-                        QObject *parent = nullptr);
+                        QObject *parent = nullptr, int irregularMask = 0);
 
     const QString &key() const { return m_key; }
     const QString &pronoun() const { return m_pronoun; }
     const QString &form() const { return m_form; }
     bool isPlaceholder() const { return m_key.isEmpty(); }
+    int irregularMask() const { return m_irregular; }
+    bool isIrregular() const { return m_irregular != 0; }
+    QString formMarkup() const;
+    QString accessibleForm() const;
     QString playName() const;
     QString stopName() const;
     bool isSpeaking() const { return m_speaking; }
@@ -52,6 +62,7 @@ private:
     QString m_key;
     QString m_pronoun;
     QString m_form;
+    int m_irregular = 0;
     bool m_speaking = false;
     bool m_matchesSearch = false;
 };

@@ -10,6 +10,10 @@ Flickable {
     property alias model: blocks.model
     property string heading
     property string notes
+    // How the verb conjugates, {before, model, after, sentence}.
+    property var pattern: ({})
+
+    signal modelVerbActivated()
 
     readonly property int blockSize: 300
     readonly property int spacing: 20
@@ -54,6 +58,12 @@ Flickable {
                 Accessible.role: Accessible.Heading
                 Access.heading: true
             }
+        }
+
+        PatternLine {
+            width: content.width
+            pattern: area.pattern
+            onModelActivated: area.modelVerbActivated()
         }
 
         UsageNotes {

@@ -53,6 +53,8 @@ QVariant ConjugationSectionModel::data(const QModelIndex &index, int role) const
         return verbRow || !m_forms.value(index.row()).isEmpty() ? QString() : m_controller.noFormsNote(section);
     case NotesRole:
         return verbRow ? m_controller.usageNotes() : QString();
+    case PatternRole:
+        return verbRow ? m_controller.pattern() : QVariantMap();
     default:
         return {};
     }
@@ -64,6 +66,7 @@ QHash<int, QByteArray> ConjugationSectionModel::roleNames() const
         {KindRole, "kind"},       {TitleRole, "title"},         {FormsRole, "forms"},
         {FormCountRole, "formCount"}, {SectionRole, "section"},
         {EmptyNoteRole, "emptyNote"}, {HeadingRole, "heading"}, {NotesRole, "notes"},
+        {PatternRole, "pattern"},
     };
 }
 
@@ -83,8 +86,9 @@ QVariantList ConjugationSectionModel::buildForms(int section)
         // A speech key names the form's place in its list; a dash has none.
         const QString key = row.index < 0 ? QString()
                 : VerbDetailTableViewController::keyFor(m_controller.selectedSegment(), section, row.index);
+        const int irregular = row.index < 0 ? 0 : list->at(row.index).irregular;
         auto *item = new ConjugationFormItem(&m_controller, key, che ? withChe(row.pronoun) : row.pronoun, row.form,
-                                             m_itemOwner);
+                                             m_itemOwner, irregular);
         item->setMatchesSearch(row.index >= 0 && row.index < list->size()
                                && m_controller.matchesSearch(typeId, list->at(row.index), row.index));
         forms.append(QVariant::fromValue<QObject *>(item));

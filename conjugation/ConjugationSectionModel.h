@@ -24,6 +24,7 @@ public:
         EmptyNoteRole, // for a tense without forms: why it is empty; otherwise ""
         HeadingRole,   // the title in capitals, as its language writes them
         NotesRole,     // for the verb row: how the verb is used, one note per line
+        PatternRole,   // for the verb row: how it conjugates, {before, model, after, sentence}
     };
     Q_ENUM(Role)
 

@@ -3,6 +3,11 @@ import QtQuick.Controls
 
 // Phone layout: the verb row, then each tense of the mood as a titled section.
 ListView {
+    id: table
+
+    // The verb row's model verb was chosen.
+    signal modelVerbActivated()
+
     clip: true
     bottomMargin: 24
     boundsBehavior: Flickable.StopAtBounds
@@ -16,5 +21,7 @@ ListView {
 
     delegate: TableSection {
         width: ListView.view.width
+        // Created inside this file, so the outer id is always there.
+        onModelVerbActivated: table.modelVerbActivated() // qmllint disable unqualified
     }
 }

@@ -55,7 +55,10 @@ Control {
         Label {
             Layout.fillWidth: true
             Layout.fillHeight: row.compact
-            text: row.item ? row.item.form : ""
+            // Irregular variants in bold and underlined, never by colour alone.
+            text: row.item ? row.item.formMarkup : ""
+            textFormat: Text.StyledText
+            Accessible.name: row.item ? row.item.accessibleForm : ""
             color: row.placeholder ? Theme.secondaryText : Theme.text
             font.weight: row.matched ? Font.Bold : Font.Medium
             Accessible.description: row.matchNote

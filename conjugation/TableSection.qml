@@ -16,6 +16,10 @@ Control {
     required property string emptyNote
     // On the verb row: how the verb is used, one note per line.
     required property string notes
+    // On the verb row: how the verb conjugates.
+    required property var pattern
+
+    signal modelVerbActivated()
 
     readonly property bool isVerbRow: kind === "verb"
 
@@ -28,14 +32,15 @@ Control {
         Rectangle {
             visible: section.isVerbRow
             width: column.width
-            height: verbLabel.implicitHeight + (notesLabel.visible ? notesLabel.implicitHeight : 0)
+            height: verbLabel.implicitHeight + (patternLine.visible ? patternLine.implicitHeight : 0)
+                    + (notesLabel.visible ? notesLabel.implicitHeight : 0)
             color: Theme.background
 
             Label {
                 id: verbLabel
                 width: parent.width
                 padding: 16
-                bottomPadding: notesLabel.visible ? 4 : 16
+                bottomPadding: notesLabel.visible || patternLine.visible ? 4 : 16
                 text: section.isVerbRow ? section.title : ""
                 wrapMode: Text.Wrap
                 color: Theme.text
@@ -43,9 +48,19 @@ Control {
                 font.weight: Font.DemiBold
             }
 
+            PatternLine {
+                id: patternLine
+                anchors.top: verbLabel.bottom
+                x: 16
+                width: parent.width - 32
+                bottomPadding: notesLabel.visible ? 0 : 8
+                pattern: section.isVerbRow && section.pattern ? section.pattern : ({})
+                onModelActivated: section.modelVerbActivated()
+            }
+
             UsageNotes {
                 id: notesLabel
-                anchors.top: verbLabel.bottom
+                anchors.top: patternLine.visible ? patternLine.bottom : verbLabel.bottom
                 width: parent.width
                 leftPadding: 16
                 rightPadding: 16

@@ -23,6 +23,8 @@ Page {
 
     signal backRequested()
     signal exportRequested(QtObject verb)
+    // Another verb to open the normal way (the model this one conjugates like).
+    signal openVerbRequested(QtObject verb)
 
     // Shows a mood as if its segment were chosen: 0 indicative, 1 subjunctive,
     // 2 conditional, 3 other forms.
@@ -43,6 +45,7 @@ Page {
         peeking: screen.peeking
         onAlertRequested: message => alert.show(message)
         onMatchRevealRequested: revealLater.restart()
+        onOpenVerbRequested: verb => screen.openVerbRequested(verb)
     }
 
     // Opened from a searched form: its section or block comes into view, once
@@ -115,6 +118,7 @@ Page {
             Layout.fillHeight: true
             visible: controller.hasVerb && !screen.regularWidth
             model: controller.tableModel
+            onModelVerbActivated: controller.openModelVerb()
         }
 
         ConjugationGrid {
@@ -126,6 +130,8 @@ Page {
             model: controller.gridModel
             heading: controller.verbRowText
             notes: controller.usageNotes
+            pattern: controller.pattern
+            onModelVerbActivated: controller.openModelVerb()
         }
     }
 

@@ -3,11 +3,14 @@
 #include "ConjugationGroups.h"
 #include "ConjugationSectionModel.h"
 #include "ConjugationServices.h"
+#include "CrashLog.h"
 #include "Database.h"
+#include "IrregularMarks.h"
 #include "RoundProgressView.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbRef.h"
+#include "VerbLookup.h"
 #include "VerbUsage.h"
 #include "VerbRepository.h"
 #include "VerbViewBookkeeping.h"
@@ -394,6 +397,29 @@ QString VerbDetailTableViewController::noFormsNote(int section) const
 QString VerbDetailTableViewController::usageNotes() const
 {
     return m_verb ? VerbUsageNotes::notes(*m_verb).join(QLatin1Char('\n')) : QString();
+}
+
+QVariantMap VerbDetailTableViewController::pattern() const
+{
+    const IrregularMarks::PatternLine line = m_verb ? IrregularMarks::patternLine(m_verb->pattern)
+                                                    : IrregularMarks::PatternLine();
+    return {{QStringLiteral("before"), line.before}, {QStringLiteral("model"), line.model},
+            {QStringLiteral("after"), line.after}, {QStringLiteral("sentence"), line.sentence}};
+}
+
+void VerbDetailTableViewController::openModelVerb()
+{
+    if (!m_verb || m_verb->pattern.modelId < 0 || !queue())
+        return;
+    const VerbPtr model = verbById(*queue(), m_verb->pattern.modelId);
+    if (!model) {
+        CrashLog::log(QStringLiteral("The verb %1 follows a model (id %2) that is not in the database")
+                              .arg(m_verb->italian)
+                              .arg(m_verb->pattern.modelId));
+        return;
+    }
+    VerbRef ref(model);
+    emit openVerbRequested(&ref);
 }
 
 void VerbDetailTableViewController::chooseSection(int section)

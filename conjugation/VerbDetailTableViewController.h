@@ -38,6 +38,8 @@ class VerbDetailTableViewController : public QObject, public QQmlParserStatus
     Q_PROPERTY(QString title READ title NOTIFY verbChanged)
     Q_PROPERTY(QString verbRowText READ verbRowText NOTIFY contentChanged)
     Q_PROPERTY(QString usageNotes READ usageNotes NOTIFY contentChanged)
+    // How the verb conjugates: {before, model, after, sentence}; the model verb is a link.
+    Q_PROPERTY(QVariantMap pattern READ pattern NOTIFY contentChanged)
     Q_PROPERTY(int selectedSegment READ selectedSegment NOTIFY selectedSegmentChanged)
     Q_PROPERTY(QStringList segmentTitles READ segmentTitles NOTIFY contentChanged)
     Q_PROPERTY(bool isFavourite READ isFavourite NOTIFY favouriteChanged)
@@ -129,6 +131,9 @@ public:
     // How the verb is used (third person only, both auxiliaries, another
     // spelling), one note per line; empty when there is nothing to say.
     QString usageNotes() const;
+    QVariantMap pattern() const;
+    // Opens the verb this one conjugates like, as a tap on a list row would.
+    Q_INVOKABLE void openModelVerb();
 
     // The tense the user last played a form of, as a table section of the
     // selected mood; 0 when none is chosen. A new mood or verb clears it.
@@ -164,6 +169,8 @@ signals:
     void reportChanged();
     // The views scroll the matched section into view.
     void matchRevealRequested();
+    // A verb to open the normal way (a VerbRef, valid while the signal runs).
+    void openVerbRequested(QObject *verb);
 
 private:
     void openAtMatches(const QList<FormCell> &matches);

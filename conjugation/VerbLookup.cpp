@@ -5,7 +5,8 @@
 
 namespace norvella {
 
-VerbPtr verbByInfinitive(DatabaseQueue &queue, const QString &italian)
+namespace {
+VerbPtr lookUp(DatabaseQueue &queue, const QString &where, const QVariant &value)
 {
     VerbPtr verb;
     queue.inDatabase([&](Database &db) {
@@ -14,8 +15,8 @@ VerbPtr verbByInfinitive(DatabaseQueue &queue, const QString &italian)
                                "simplified_french, spanish, simplified_spanish, dutch, simplified_dutch, italian, "
                                "simplified_italian, portuguese, simplified_portuguese, "
                                "(SELECT favourite._id FROM favourite WHERE favourite.verbid = verb._id LIMIT 1) "
-                               "as favourite_available FROM verb WHERE italian = ? LIMIT 1"),
-                {italian});
+                               "as favourite_available FROM verb WHERE ") + where + QStringLiteral(" LIMIT 1"),
+                {value});
         if (!row) {
             reportDatabaseError(DatabaseErrors::ReadingVerbList, db);
         } else if (row->next()) {
@@ -26,6 +27,17 @@ VerbPtr verbByInfinitive(DatabaseQueue &queue, const QString &italian)
         db.close();
     });
     return verb;
+}
+} // namespace
+
+VerbPtr verbByInfinitive(DatabaseQueue &queue, const QString &italian)
+{
+    return lookUp(queue, QStringLiteral("italian = ?"), italian);
+}
+
+VerbPtr verbById(DatabaseQueue &queue, qint64 id)
+{
+    return lookUp(queue, QStringLiteral("verb._id = ?"), id);
 }
 
 } // namespace norvella

@@ -4,6 +4,7 @@
 #include "ConjugationServices.h"
 #include "CrashLog.h"
 #include "Database.h"
+#include "IrregularMarks.h"
 #include "Settings.h"
 #include "UserMessages.h"
 #include "VerbUsage.h"
@@ -57,8 +58,10 @@ bool readConjugations(Database &db, Verb &verb)
         form.voiceFile = rows->stringForColumn(QStringLiteral("voice_file"));
         forms.append(form);
     }
-    ConjugationGroups::distribute(verb, forms);
     rows->close();
+    // Unmarked forms are still the forms: an older copy without the marks shows them plain.
+    IrregularMarks::read(db, verb, forms);
+    ConjugationGroups::distribute(verb, forms);
     // The forms stand without the notes: a copy that cannot say how the verb is
     // used still shows them (the reader logs why).
     VerbUsageNotes::read(db, verb);

@@ -21,6 +21,9 @@ struct Conjugation
     QString type;
     qint64 order = 0;
     QString voiceFile;
+    // Bit n set: the n-th " / " variant of `verb` departs from the regular
+    // paradigm of the verb's class, as the master build judged it.
+    int irregular = 0;
 };
 
 using ConjugationList = QList<Conjugation>;
@@ -49,6 +52,16 @@ struct VerbUsage
     QString homograph;         // the other verb spelled alike, with its first form
 };
 
+// How the verb conjugates, from the master's verb columns: "are", "ere", "ire",
+// "isc" or "irregular", and for an irregular verb the verb it follows, if any.
+// Empty when the working copy predates the columns.
+struct VerbPattern
+{
+    QString pattern;
+    qint64 modelId = -1;
+    QString modelItalian;
+};
+
 struct Verb
 {
     qint64 id = -1;
@@ -75,6 +88,7 @@ struct Verb
     ConjugationList condizionalePresente, condizionalePassato;
     // Read with the forms, replaced at each load.
     VerbUsage usage;
+    VerbPattern pattern;
 
     // The translation shown beside the infinitive, by "translation_language"
     // or, when that is automatic, by the first preferred language.

@@ -1,5 +1,6 @@
 #include "VerbExport.h"
 
+#include "IrregularMarks.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbUsage.h"
@@ -124,6 +125,21 @@ QString evaluateDocument(QJSEngine &engine, const QString &call)
     return text.isNull() ? QStringLiteral("") : text;
 }
 
+// The HTML marks variant by variant, so a cell such as "devo / debbo" is
+// split here once rather than in every template.
+QJsonArray variantsArray(const QString &cell, int mask)
+{
+    QJsonArray variants;
+    bool first = true;
+    for (const IrregularMarks::Variant &variant : IrregularMarks::variants(cell, mask)) {
+        variants.append(QJsonObject{{QStringLiteral("text"), variant.text},
+                                    {QStringLiteral("irregular"), variant.irregular},
+                                    {QStringLiteral("first"), first}});
+        first = false;
+    }
+    return variants;
+}
+
 } // namespace
 
 VerbExport::VerbExport(const Settings &settings, QString resourceDirectory)
@@ -160,16 +176,28 @@ QJsonObject VerbExport::viewModel(const Verb &verb, const Settings &settings, bo
     for (const auto &title : tenseTitles)
         model.insert(QLatin1String(title.viewKey), Strings::text(QLatin1String(title.titleKey) + suffix));
 
+    bool anyIrregular = false;
     for (const auto &entry : formLists) {
         QJsonArray forms;
         const bool che = takesChe(QLatin1String(entry.typeId));
         // Persons a verb is not used in print as a dash, as on the screen.
         for (const auto &row : VerbUsageNotes::rows(verb, QLatin1String(entry.typeId), verb.*entry.list)) {
             const QString pronoun = che ? withChe(row.pronoun) : row.pronoun;
-            forms.append(QJsonObject{{QStringLiteral("pronoun"), pronoun}, {QStringLiteral("verb"), row.form}});
+            const int mask = row.index < 0 ? 0 : (verb.*entry.list).at(row.index).irregular;
+            anyIrregular = anyIrregular || mask != 0;
+            forms.append(QJsonObject{{QStringLiteral("pronoun"), pronoun}, {QStringLiteral("verb"), row.form},
+                                     {QStringLiteral("verb_marked"), IrregularMarks::starred(row.form, mask)},
+                                     {QStringLiteral("variants"), variantsArray(row.form, mask)}});
         }
         model.insert(QLatin1String(entry.viewKey), forms);
     }
+    model.insert(QStringLiteral("pattern"), IrregularMarks::patternLine(verb.pattern).sentence);
+    // The legend only where there is something to explain; empty hides it.
+    model.insert(QStringLiteral("irregular_legend"),
+                 anyIrregular ? Strings::text(QStringLiteral("export.irregular.legend")) : QString());
+    model.insert(QStringLiteral("irregular_legend_text"),
+                 anyIrregular ? Strings::text(QStringLiteral("export.irregular.legend.text")).arg(QChar(IrregularMarks::Star))
+                              : QString());
     return model;
 }
 

@@ -4,21 +4,35 @@ import Norvella.Lists
 import Norvella.Resources
 
 // The alphabetical list: sections by initial, a sticky header for the current
-// section, and the letter index on the right.
+// section, and the letter index on the right. A filter above it swaps in the
+// irregular verbs, most frequent first.
 Control {
     id: view
 
     property VerbListTableViewController controller: null
+    readonly property bool irregular: controller !== null && controller.showsIrregular
+    readonly property IrregularVerbListController irregularVerbs: controller ? controller.irregularVerbs : null
 
     // Keyboard focus enters at the first row on screen.
     function takeFocus() {
-        list.currentIndex = Math.max(0, list.indexAt(8, list.contentY + 8))
-        list.forceActiveFocus()
+        const shown = view.irregular ? irregularList : list
+        shown.currentIndex = Math.max(0, shown.indexAt(8, shown.contentY + 8))
+        shown.forceActiveFocus()
+    }
+
+    ListFilter {
+        id: filter
+        width: parent.width
+        visible: view.irregularVerbs !== null && view.irregularVerbs.available
+        irregular: view.irregular
+        onChosen: irregular => { if (view.controller) view.controller.showsIrregular = irregular }
     }
 
     ListView {
         id: list
         anchors.fill: parent
+        anchors.topMargin: filter.visible ? filter.height : 0
+        visible: !view.irregular
         clip: true
         model: view.controller
         boundsBehavior: Flickable.StopAtBounds
@@ -38,11 +52,30 @@ Control {
         }
     }
 
+    ListView {
+        id: irregularList
+        anchors.fill: parent
+        anchors.topMargin: filter.visible ? filter.height : 0
+        visible: view.irregular
+        clip: true
+        model: view.irregular ? view.irregularVerbs : null
+        boundsBehavior: Flickable.StopAtBounds
+        Accessible.name: L10n.text("list.irregular.caption")
+
+        header: SectionHeader { section: L10n.text("list.irregular.caption") }
+
+        delegate: VerbCell {
+            swipeEnabled: true
+            separatorInset: 0
+            swipeTitle: isFavourite ? L10n.text("action.favourite.remove") : L10n.text("action.favourite")
+        }
+    }
+
     SectionIndex {
         anchors.right: parent.right
-        anchors.top: parent.top
+        anchors.top: list.top
         anchors.bottom: parent.bottom
-        visible: view.controller !== null && view.controller.keys.length > 0
+        visible: !view.irregular && view.controller !== null && view.controller.keys.length > 0
         titles: view.controller ? view.controller.keys : []
         font.bold: true
         font.pixelSize: Theme.secondarySize

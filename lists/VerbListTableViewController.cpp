@@ -12,12 +12,32 @@
 
 namespace norvella {
 
-VerbListTableViewController::VerbListTableViewController(QObject *parent) : InterstitialTableViewController(parent) {}
+VerbListTableViewController::VerbListTableViewController(QObject *parent)
+    : InterstitialTableViewController(parent), m_irregular(new IrregularVerbListController(this))
+{
+    // The filtered list is part of this tab: same data, same detail column.
+    connect(this, &VerbTableModel::queueChanged, m_irregular, [this] { m_irregular->setRepository(repository()); });
+    connect(this, &VerbTableModel::highlightedVerbIdChanged, m_irregular,
+            [this] { m_irregular->setHighlightedVerbId(highlightedVerbId()); });
+    connect(m_irregular, &VerbTableModel::showDetail, this, &VerbTableModel::showDetail);
+}
+
+void VerbListTableViewController::setShowsIrregular(bool shows)
+{
+    if (shows == m_showsIrregular)
+        return;
+    m_showsIrregular = shows;
+    if (shows && !m_irregular->isLoaded())
+        m_irregular->load();
+    emit showsIrregularChanged();
+}
 
 void VerbListTableViewController::viewDidLoad()
 {
     m_observers.add(Notifications::VerbFavouriteToggled,
                     [this](const Notification &notification) { verbFavouriteToggled(notification); });
+    m_irregular->setRepository(repository());
+    m_irregular->viewDidLoad();
     reload();
 }
 
@@ -63,6 +83,9 @@ void VerbListTableViewController::sortKeys(QStringList &keys)
 
 void VerbListTableViewController::reload()
 {
+    // Settings that reorder or retranslate this list do the same to the filtered one.
+    m_irregular->setSettings(&settings());
+    m_irregular->reload();
     const QString column = sortColumn(settings(), PreferredLanguages::get());
     m_verbs.clear();
     m_rowSources.clear();

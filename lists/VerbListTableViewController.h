@@ -1,6 +1,7 @@
 #pragma once
 
 #include "InterstitialTableViewController.h"
+#include "IrregularVerbListController.h"
 #include "SearchIndex.h"
 
 #include <QMap>
@@ -16,6 +17,9 @@ class VerbListTableViewController : public InterstitialTableViewController
     QML_ELEMENT
     // The section titles, which are also the section index titles.
     Q_PROPERTY(QStringList keys READ keys NOTIFY keysChanged)
+    // The same tab filtered to the irregular verbs, most frequent first.
+    Q_PROPERTY(norvella::IrregularVerbListController *irregularVerbs READ irregularVerbs CONSTANT)
+    Q_PROPERTY(bool showsIrregular READ showsIrregular WRITE setShowsIrregular NOTIFY showsIrregularChanged)
 
 public:
     explicit VerbListTableViewController(QObject *parent = nullptr);
@@ -29,6 +33,9 @@ public:
     // Every row's verb by section, each made when first needed.
     const QMap<QString, QList<VerbPtr>> &verbs() const;
     const QStringList &keys() const { return m_keys; }
+    IrregularVerbListController *irregularVerbs() const { return m_irregular; }
+    bool showsIrregular() const { return m_showsIrregular; }
+    void setShowsIrregular(bool shows);
 
     Q_INVOKABLE int numberOfRowsInSection(int section) const;
     // The position of the title among the keys, -1 when it is not one.
@@ -48,6 +55,7 @@ public:
 
 signals:
     void keysChanged();
+    void showsIrregularChanged();
 
 private:
     bool toggleFavourite(const VerbPtr &verb);
@@ -69,6 +77,8 @@ private:
     std::shared_ptr<const SearchIndex> m_rowIndex;
     QStringList m_keys;
     bool m_readsFromIndex = true;
+    IrregularVerbListController *m_irregular;
+    bool m_showsIrregular = false;
 };
 
 } // namespace norvella

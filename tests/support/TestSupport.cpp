@@ -59,4 +59,14 @@ QStringList querySingleColumn(const QString &path, const QString &sql)
     return values;
 }
 
+QString withoutPatternColumnsSql()
+{
+    return QStringLiteral(
+            "CREATE TABLE old_verb AS SELECT _id, italian, simplified_italian, english, german, simplified_german, "
+            "french, simplified_french, spanish, simplified_spanish, dutch, simplified_dutch, portuguese, "
+            "simplified_portuguese, turkish, simplified_turkish, voice_available FROM verb;"
+            "DROP TABLE verb;"
+            "ALTER TABLE old_verb RENAME TO verb;");
+}
+
 } // namespace norvella::test

@@ -11,5 +11,9 @@ bool createFixtureDatabase(const QString &path, const QString &extraSql = {}, bo
 // Runs SQL directly, outside the app's wrapper, so tests can check what was written.
 QStringList querySingleColumn(const QString &path, const QString &sql);
 bool runSql(const QString &path, const QString &sql);
+// Statements that turn a database back into one from before verbs had a
+// pattern, a model and a frequency rank (SQLite cannot drop a column from a
+// table whose definition holds comments, so the table is copied without them).
+QString withoutPatternColumnsSql();
 
 } // namespace norvella::test
