@@ -132,16 +132,23 @@ ColumnLayout {
         id: confirmReset
         objectName: "practiceResetDialog"
         parent: Overlay.overlay
-        anchors.centerIn: parent
+        // Placed, not anchored: centring by anchors feeds the popup's height back into
+        // its own layout while the wrapped text settles.
+        x: parent ? Math.round((parent.width - width) / 2) : 0
+        y: parent ? Math.round((parent.height - height) / 2) : 0
         width: Math.min(parent ? parent.width - 40 : 320, 420)
         modal: true
         title: L10n.text("practice.reset")
 
-        Label {
+        Column {
             width: confirmReset.availableWidth
-            text: L10n.text("practice.reset.confirm")
-            wrapMode: Text.WordWrap
-            color: Theme.text
+
+            Label {
+                width: parent.width
+                text: L10n.text("practice.reset.confirm")
+                wrapMode: Text.WordWrap
+                color: Theme.text
+            }
         }
 
         footer: RowLayout {

@@ -12,6 +12,9 @@ AbstractButton {
 
     implicitHeight: Math.max(Theme.minimumTouchTarget, implicitContentHeight + topPadding + bottomPadding)
     padding: 6
+    // Three segments share a small phone's width; at large text every pixel goes to the word.
+    leftPadding: 2
+    rightPadding: 2
     checkable: true
     autoExclusive: true
     Accessible.role: Accessible.RadioButton
@@ -22,7 +25,7 @@ AbstractButton {
     contentItem: Label {
         text: segment.text
         color: segment.checked ? Theme.selectionText : Theme.text
-        font.bold: segment.checked
+        // The filled segment marks the choice; a bold face would not fit three words on a small phone.
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         // A long word takes a second line rather than a smaller size.
