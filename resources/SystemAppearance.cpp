@@ -114,8 +114,10 @@ SchemeDecision decideColorScheme(const SchemeSignals &in)
 
 SystemAppearance::SystemAppearance(QObject *parent) : QObject(parent)
 {
-    if (qApp)
-        qApp->installEventFilter(this);
+    // The core instance: a program without a GUI application (a test, a tool) has no
+    // palette to follow but still reads the desktop's setting.
+    if (QCoreApplication *app = QCoreApplication::instance())
+        app->installEventFilter(this);
     watchPortal();
 }
 

@@ -1,5 +1,6 @@
 #include "IrregularVerbListController.h"
 #include "ListTestSupport.h"
+#include "SwipeAction.h"
 #include "TestSupport.h"
 #include "VerbListTableViewController.h"
 
@@ -86,12 +87,12 @@ private slots:
         // Starred in the alphabetical list: the filtered one shows it too.
         const int alphabetical = rowOf(*list, "essere");
         QVERIFY(alphabetical >= 0);
-        QVERIFY(list->trailingSwipeAction(alphabetical)->trigger());
+        QVERIFY(std::unique_ptr<SwipeAction>(list->trailingSwipeAction(alphabetical))->trigger());
         const QModelIndex essere = irregular.index(rowOf(irregular, "essere"));
         QVERIFY(irregular.data(essere, VerbTableModel::IsFavouriteRole).toBool());
 
         // And the other way round.
-        QVERIFY(irregular.trailingSwipeAction(rowOf(irregular, "andare"))->trigger());
+        QVERIFY(std::unique_ptr<SwipeAction>(irregular.trailingSwipeAction(rowOf(irregular, "andare")))->trigger());
         QCOMPARE(test::querySingleColumn(m_fixture->databasePath, "SELECT verbid FROM favourite ORDER BY verbid"),
                  (QStringList{"1", "2"}));
         QVERIFY(list->data(list->index(rowOf(*list, "andare")), VerbTableModel::IsFavouriteRole).toBool());
