@@ -139,9 +139,9 @@ SchemeSignals SystemAppearance::gather()
 
 bool SystemAppearance::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
+    if (watched == QCoreApplication::instance() && event->type() == QEvent::ApplicationPaletteChange)
         emit changed();
-    else if (watched == qApp && event->type() == QEvent::ApplicationFontChange)
+    else if (watched == QCoreApplication::instance() && event->type() == QEvent::ApplicationFontChange)
         emit fontChanged();
     return QObject::eventFilter(watched, event);
 }
