@@ -1,5 +1,7 @@
 #include "FormAnalysis.h"
 
+#include "Clitics.h"
+
 #include <QFile>
 #include <QHash>
 
@@ -175,19 +177,39 @@ std::unique_ptr<FormAnalysis> FormAnalysis::fromFile(const QString &path, QStrin
     return analysis;
 }
 
+void FormAnalysis::lookUp(const QString &folded, QList<FormReading> &readings,
+                          const std::function<bool(const Key &)> &wanted) const
+{
+    const Key probe{hashOf(folded), 0, 0, 0, 0, 0};
+    const auto [first, last] = std::equal_range(m_keys.cbegin(), m_keys.cend(), probe);
+    for (auto it = first; it != last; ++it) {
+        if (wanted && !wanted(*it))
+            continue;
+        const VerbName &verb = m_verbs[it->verb];
+        const FormReading reading{verb.id, verb.italian, it->type, it->pronoun, it->slot, it->order};
+        if (!readings.contains(reading))
+            readings << reading;
+    }
+}
+
 QList<FormReading> FormAnalysis::analyse(const QString &text, Imperatives imperatives) const
 {
     const QString folded = fold(text);
     QList<FormReading> readings;
     if (folded.isEmpty())
         return readings;
-    const Key probe{hashOf(folded), 0, 0, 0, 0, 0};
-    const auto [first, last] = std::equal_range(m_keys.cbegin(), m_keys.cend(), probe);
-    for (auto it = first; it != last; ++it) {
-        const VerbName &verb = m_verbs[it->verb];
-        const FormReading reading{verb.id, verb.italian, it->type, it->pronoun, it->slot, it->order};
-        if (!readings.contains(reading))
-            readings << reading;
+    lookUp(folded, readings);
+    // The table's own forms first. When they are a pronominal verb's ("vattene",
+    // "mi alzo": andarsene, alzarsi), the pronouns belong to it and andare or
+    // alzare are not read again; otherwise a form can be both ("fallo": fallare,
+    // and fare with "lo"). Only pronominal infinitives end in something else than -re.
+    const bool pronominal = std::any_of(readings.cbegin(), readings.cend(), [](const FormReading &r) {
+        return !r.infinitive.endsWith(QLatin1String("re"));
+    });
+    if (!pronominal) {
+        for (const Clitics::Candidate &candidate : Clitics::hostsOf(folded))
+            lookUp(candidate.form, readings,
+                   [&](const Key &key) { return Clitics::accepts(candidate.host, key.type, key.pronoun); });
     }
     if (imperatives == Imperatives::AsShown)
         return readings;

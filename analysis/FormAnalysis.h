@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -43,7 +44,8 @@ public:
     enum class Imperatives { AsSubjunctive, AsShown };
 
     // Every reading of a whole form, with or without its clitics and auxiliary
-    // ("sono andata", "mi alzo"), ignoring case, accents and surrounding spaces.
+    // ("sono andata", "mi alzo", "dimmi", "lo mangio"), ignoring case, accents
+    // and surrounding spaces.
     // The imperative's lui/lei and loro read as the present subjunctive they are.
     // AsShown keeps them both, as a conjugation table prints the form under both.
     QList<FormReading> analyse(const QString &text, Imperatives imperatives = Imperatives::AsSubjunctive) const;
@@ -79,6 +81,8 @@ private:
 
     static quint64 hashOf(const QString &folded);
     void add(const QString &text, const Key &reading);
+    void lookUp(const QString &folded, QList<FormReading> &readings,
+                const std::function<bool(const Key &)> &wanted = {}) const;
 
     std::vector<Key> m_keys; // sorted by hash
     std::vector<VerbName> m_verbs;

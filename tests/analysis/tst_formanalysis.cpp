@@ -116,6 +116,19 @@ private slots:
         QTest::newRow("elided ne, typographic apostrophe")
                 << QString::fromUtf8("se n’è andata") << rows({"andarsene ind passato prossimo lui/lei"});
         QTest::newRow("truncated imperative with clitic") << "vattene" << rows({"andarsene imp presente tu"});
+        // Object pronouns of a verb that has no pronominal entry for them.
+        QTest::newRow("pronouns before, elided, negated")
+                << "non te l'ho detto" << rows({"dire ind passato prossimo io"});
+        QTest::newRow("pronouns before, not an imperative") << "lo prendi" << rows({"prendere ind presente tu"});
+        QTest::newRow("short imperative doubles") << "dimmi" << rows({"dire imp presente tu"});
+        QTest::newRow("short imperative, gli") << "dagli" << rows({"dare imp presente tu"});
+        QTest::newRow("not doubled, not the short imperative") << "vali"
+                                                              << rows({"valere ind presente tu", "valere imp presente tu"});
+        QTest::newRow("a form, and another verb with a pronoun") << "fallo"
+                                                                 << rows({"fallare ind presente io", "fallare ind passato remoto lui/lei",
+                                                                          "fare imp presente tu"});
+        QTest::newRow("infinitive in -rre") << "tradurlo" << rows({"tradurre inf presente -"});
+        QTest::newRow("gerund, two pronouns") << "dandoglielo" << rows({"dare ger presente -"});
         QTest::newRow("second standard form") << "debbo" << rows({"dovere ind presente io"});
         QTest::newRow("essere") << QString::fromUtf8("è")
                                 << rows({"essere ind presente lui/lei"});
