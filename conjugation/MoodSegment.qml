@@ -3,7 +3,9 @@ import QtQuick.Controls
 import Norvella.Resources
 
 // One segment of the mood control; the outer ends follow the frame's rounding.
-AbstractButton {
+// A TabButton for its role: Qt Quick Controls 6.4 report a control's built-in
+// role whatever Accessible.role says. The choice is `selected`, not a toggle.
+TabButton {
     id: segment
 
     property bool selected: false
@@ -11,7 +13,8 @@ AbstractButton {
     property bool last: false
     property real radius: 0
 
-    Accessible.role: Accessible.PageTab
+    checkable: false
+    padding: 0
     Accessible.name: text
     Accessible.checked: selected
     Accessible.selectable: true

@@ -33,7 +33,8 @@ Rectangle {
                 { irregular: true, title: L10n.text("list.filter.irregular") }
             ]
 
-            AbstractButton {
+            // A TabButton for its role (see MoodSegment); the choice is `selected`.
+            TabButton {
                 id: chip
 
                 required property var modelData
@@ -43,7 +44,8 @@ Rectangle {
                 implicitHeight: Theme.minimumTouchTarget
                 implicitWidth: Math.max(Theme.minimumTouchTarget, implicitContentWidth + 32)
                 text: modelData.title
-                Accessible.role: Accessible.PageTab
+                checkable: false
+                padding: 0
                 Accessible.name: text
                 Accessible.selectable: true
                 Accessible.selected: selected

@@ -14,7 +14,7 @@ Control {
     implicitWidth: 28
     // Row separators run under the strip; a plain backing keeps the letters clean.
     background: Rectangle { color: Theme.background; opacity: 0.92 }
-    Accessible.role: Accessible.ScrollBar
+    Accessible.role: Accessible.Grouping
     Accessible.name: L10n.text("list.index")
 
     function activateAt(x, y) {
@@ -34,15 +34,28 @@ Control {
         Repeater {
             model: strip.titles
 
-            Label {
+            // Buttons for the screen reader, whose user cannot drag over the
+            // strip; a finger is served by the MouseArea above them.
+            AbstractButton {
+                id: letter
+
                 required property string modelData
                 anchors.horizontalCenter: parent ? parent.horizontalCenter : undefined
+                padding: 0
                 topPadding: 1
                 bottomPadding: 1
                 text: modelData
-                color: Theme.primary
-                Accessible.role: Accessible.StaticText
+                focusPolicy: Qt.NoFocus
                 Accessible.name: modelData
+                Access.pressable: true
+                onClicked: strip.titleActivated(modelData) // qmllint disable unqualified
+                background: null
+                contentItem: Label {
+                    text: letter.text
+                    color: Theme.primary
+                    horizontalAlignment: Text.AlignHCenter
+                    Accessible.ignored: true
+                }
             }
         }
     }

@@ -70,7 +70,11 @@ Control {
         readonly property bool tappable: root.cellType === "detail" || root.cellType === "switch"
         focusPolicy: root.cellType === "detail" ? Qt.StrongFocus : Qt.NoFocus
         Accessible.name: root.detail.length > 0 ? root.label + ", " + root.detail : root.label
-        Accessible.role: root.cellType === "detail" ? Accessible.Button : Accessible.StaticText
+        // Only a detail row is a button. Around a switch or segments the cell
+        // steps aside (Qt Quick Controls 6.4 would report it as a button that
+        // does nothing), so the switch and the segments, which carry the row's
+        // label in their names, are what a screen reader meets.
+        Accessible.ignored: root.cellType !== "detail"
         Access.pressable: root.cellType === "detail"
         onClicked: {
             if (root.cellType === "detail")

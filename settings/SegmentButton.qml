@@ -3,7 +3,9 @@ import QtQuick.Controls
 import Norvella.Resources
 
 // One segment of a segmented control; the outer ends follow the outline's rounding.
-AbstractButton {
+// A RadioButton for its role: Qt Quick Controls 6.4 report a control's built-in
+// role whatever Accessible.role says.
+RadioButton {
     id: segment
 
     property bool first: false
@@ -17,7 +19,8 @@ AbstractButton {
     rightPadding: 2
     checkable: true
     autoExclusive: true
-    Accessible.role: Accessible.RadioButton
+    spacing: 0
+    indicator: null
     Accessible.checkable: true
     Accessible.checked: checked
     Access.pressable: true
