@@ -13,14 +13,8 @@ using namespace master;
 
 namespace {
 
-const QString separator = QStringLiteral(" / ");
 const QList<int> simpleTenses = {6, 8, 10, 12, 15, 17, 19};
 const QList<int> compoundTenses = {7, 9, 11, 13, 16, 18, 20};
-
-QStringList variants(const QString &cell)
-{
-    return cell.isEmpty() ? QStringList() : cell.split(separator);
-}
 
 // The word without its accents: ridò and rido spell the same letters.
 QString unaccented(const QString &word)
@@ -53,23 +47,15 @@ private slots:
     void noVerbIsIrregularInASingleForm();
 
 private:
-    const MasterVerb *verb(const QString &name) const
-    {
-        const auto found = m_byName.constFind(name);
-        return found == m_byName.cend() ? nullptr : &m_verbs[*found];
-    }
+    const MasterVerb *verb(const QString &name) const { return m_master.find(name); }
 
-    QList<MasterVerb> m_verbs;
-    QHash<QString, qsizetype> m_byName;
+    VerbIndex m_master;
+    const QList<MasterVerb> &m_verbs = m_master.verbs;
 };
 
 void TestParadigms::initTestCase()
 {
-    const MasterDb db(QStringLiteral(NORVELLA_MASTER_DB));
-    QVERIFY2(db.isOpen(), NORVELLA_MASTER_DB " was not built");
-    m_verbs = db.verbs();
-    for (qsizetype i = 0; i < m_verbs.size(); ++i)
-        m_byName.insert(m_verbs[i].italian, i);
+    QVERIFY2(m_master.load(QStringLiteral(NORVELLA_MASTER_DB)), NORVELLA_MASTER_DB " was not built");
     QVERIFY(m_verbs.size() > 6000);
 }
 
