@@ -113,8 +113,8 @@ void TestParadigms::ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed()
             }
         }
     }
-    for (const auto &[name, expected] : QList<QPair<QString, QString>>{
-             {"sciare", "scierò"}, {"cominciare", "comincerò"}, {"mangiare", "mangerò"}, {"lasciare", "lascerò"}}) {
+    // One stressed and one unstressed i, so a stress list read wrongly shows.
+    for (const auto &[name, expected] : QList<QPair<QString, QString>>{{"sciare", "scierò"}, {"cominciare", "comincerò"}}) {
         const MasterVerb *v = verb(name);
         if (!v || v->form(10, 1) != expected)
             problems << name + ": '" + (v ? v->form(10, 1) : QString()) + "', expected '" + expected + "'";
@@ -206,10 +206,11 @@ void TestParadigms::wholeCompoundsFollowTheirModelInEveryForm()
             }
         }
     }
+    // An accent written, none added, avere's h dropped (with and without an
+    // accent), and a model whose stem changes.
     for (const auto &[name, type, person, expected] : QList<std::tuple<QString, int, int, QString>>{
-             {"ridare", 6, 1, "ridò"}, {"ridare", 6, 3, "ridà"}, {"ridare", 14, 2, "ridai"}, {"sottostare", 6, 3, "sottostà"},
-             {"sottostare", 12, 3, "sottostette"}, {"riavere", 6, 1, "riò"}, {"riavere", 6, 6, "rianno"},
-             {"riandare", 6, 1, "rivado"}, {"riandare", 10, 1, "riandrò"}}) {
+             {"ridare", 6, 1, "ridò"}, {"ridare", 14, 2, "ridai"}, {"riavere", 6, 1, "riò"}, {"riavere", 6, 6, "rianno"},
+             {"riandare", 6, 1, "rivado"}}) {
         const MasterVerb *v = verb(name);
         if (!v || v->form(type, person) != expected)
             problems << QStringLiteral("%1 type %2 person %3: '%4', expected '%5'").arg(name).arg(type).arg(person).arg(v ? v->form(type, person) : QString(), expected);
