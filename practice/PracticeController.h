@@ -21,7 +21,9 @@ class SpeechSynthesizer;
 // The Practice screen: a session of cards drilled by typing the form
 // (Produce) or by naming a shown form (Recognise), graded on the SM-2 scale,
 // and the learner's progress and choices.
-class PracticeController : public PracticeDataClient
+// The base is named in full: Qt 6.4's type registrar, and so qmllint, does
+// not find an unqualified base in a namespace.
+class PracticeController : public norvella::PracticeDataClient
 {
     Q_OBJECT
     QML_ELEMENT

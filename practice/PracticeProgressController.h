@@ -15,7 +15,9 @@ class Settings;
 
 // The progress page: what is due, the streak, accuracy per tense by week,
 // the verbs that cost most, and the learner's choices of what to practise.
-class PracticeProgressController : public PracticeDataClient
+// The base is named in full: Qt 6.4's type registrar, and so qmllint, does
+// not find an unqualified base in a namespace.
+class PracticeProgressController : public norvella::PracticeDataClient
 {
     Q_OBJECT
     QML_ELEMENT
