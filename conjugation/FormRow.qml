@@ -16,8 +16,10 @@ Control {
     readonly property bool speaking: item !== null && item.speaking
 
     readonly property bool placeholder: item !== null && item.placeholder
-    // The form the verb was opened from in search: tinted, bold and a leading
-    // bar, and said to screen readers, so colour is never the only sign.
+    // The form the verb was opened from in search: tinted with a leading bar,
+    // and said to screen readers, so colour is never the only sign. Its text
+    // keeps the usual weight: bold marks the irregular variants, here as in
+    // every other cell.
     readonly property bool matched: item !== null && item.matchesSearch
     readonly property string matchNote: matched ? L10n.text("conjugation.matches_search") : ""
 
@@ -60,7 +62,7 @@ Control {
             textFormat: Text.StyledText
             Accessible.name: row.item ? row.item.accessibleForm : ""
             color: row.placeholder ? Theme.secondaryText : Theme.text
-            font.weight: row.matched ? Font.Bold : Font.Medium
+            font.weight: Font.Medium
             Accessible.description: row.matchNote
             wrapMode: Text.Wrap
             verticalAlignment: Text.AlignVCenter

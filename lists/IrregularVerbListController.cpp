@@ -3,8 +3,6 @@
 #include "CrashLog.h"
 #include "Database.h"
 
-#include <QPointer>
-
 namespace norvella {
 
 IrregularVerbListController::IrregularVerbListController(QObject *parent) : InterstitialTableViewController(parent)
@@ -80,24 +78,7 @@ SwipeAction *IrregularVerbListController::trailingSwipeAction(int row)
     const VerbPtr verb = verbAtRow(row);
     if (!verb)
         return nullptr;
-    const bool favourite = verb->isFavourite;
-    QPointer<IrregularVerbListController> self(this);
-    return SwipeAction::forQml(new SwipeAction(
-            SwipeAction::Style::Normal,
-            favourite ? QStringLiteral("action.favourite.remove") : QStringLiteral("action.favourite"),
-            favourite ? QStringLiteral("remove") : QStringLiteral("favourite"),
-            favourite ? SwipeAction::destructiveColor() : SwipeAction::neutralColor(), verb,
-            [self](const VerbPtr &verb) { return self ? self->toggleFavourite(verb) : false; }));
-}
-
-bool IrregularVerbListController::toggleFavourite(const VerbPtr &verb)
-{
-    const bool wanted = !verb->isFavourite;
-    verb->isFavourite = wanted;
-    reloadRow(verb.get());
-    if (!VerbRepository::setFavourite(repository(), verb, wanted, this))
-        reloadRow(verb.get());
-    return true;
+    return favouriteSwipeAction(verb);
 }
 
 } // namespace norvella

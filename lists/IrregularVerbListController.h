@@ -39,7 +39,6 @@ signals:
 
 private:
     void setAvailable(bool available);
-    bool toggleFavourite(const VerbPtr &verb);
 
     QList<VerbPtr> m_verbs;
     bool m_loaded = false;

@@ -6,8 +6,6 @@
 #include "Settings.h"
 #include "TranslationLanguages.h"
 
-#include <QPointer>
-
 #include <algorithm>
 
 namespace norvella {
@@ -216,26 +214,7 @@ SwipeAction *VerbListTableViewController::trailingSwipeAction(int row)
     const QString key = data(index(row), SectionRole).toString();
     if (!m_keys.contains(key) || !m_verbs.contains(key))
         return nullptr;
-    const bool favourite = verb->isFavourite;
-    QPointer<VerbListTableViewController> self(this);
-    return SwipeAction::forQml(new SwipeAction(
-            SwipeAction::Style::Normal,
-            favourite ? QStringLiteral("action.favourite.remove") : QStringLiteral("action.favourite"),
-            favourite ? QStringLiteral("remove") : QStringLiteral("favourite"),
-            favourite ? SwipeAction::destructiveColor() : SwipeAction::neutralColor(), verb,
-            [self](const VerbPtr &verb) { return self ? self->toggleFavourite(verb) : false; }));
-}
-
-bool VerbListTableViewController::toggleFavourite(const VerbPtr &verb)
-{
-    const bool wanted = !verb->isFavourite;
-    verb->isFavourite = wanted;
-    reloadRow(verb.get());
-    if (!VerbRepository::setFavourite(repository(), verb, wanted, this)) {
-        // The star goes back to what the table holds; nobody else needs to reload.
-        reloadRow(verb.get());
-    }
-    return true;
+    return favouriteSwipeAction(verb);
 }
 
 void VerbListTableViewController::verbFavouriteToggled(const Notification &notification)

@@ -58,7 +58,6 @@ signals:
     void showsIrregularChanged();
 
 private:
-    bool toggleFavourite(const VerbPtr &verb);
     void verbFavouriteToggled(const Notification &notification);
 
     bool readFromIndex(const QString &column);

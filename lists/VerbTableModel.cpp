@@ -152,6 +152,29 @@ void VerbTableModel::reloadRow(const Verb *verb)
     emit dataChanged(changed, changed);
 }
 
+SwipeAction *VerbTableModel::favouriteSwipeAction(const VerbPtr &verb)
+{
+    const bool favourite = verb->isFavourite;
+    QPointer<VerbTableModel> self(this);
+    return SwipeAction::forQml(new SwipeAction(
+            SwipeAction::Style::Normal,
+            favourite ? QStringLiteral("action.favourite.remove") : QStringLiteral("action.favourite"),
+            favourite ? QStringLiteral("remove") : QStringLiteral("favourite"),
+            favourite ? SwipeAction::destructiveColor() : SwipeAction::neutralColor(), verb,
+            [self](const VerbPtr &verb) {
+                if (!self)
+                    return false;
+                const bool wanted = !verb->isFavourite;
+                verb->isFavourite = wanted;
+                self->reloadRow(verb.get());
+                // On failure the star goes back to what the table holds;
+                // nobody else needs to reload.
+                if (!VerbRepository::setFavourite(self->repository(), verb, wanted, self))
+                    self->reloadRow(verb.get());
+                return true;
+            }));
+}
+
 std::vector<VerbTableModel::Row> VerbTableModel::rowsFor(const QList<VerbPtr> &verbs)
 {
     std::vector<Row> rows;

@@ -98,6 +98,10 @@ protected:
     void reloadRow(const Verb *verb);
 
     static std::vector<Row> rowsFor(const QList<VerbPtr> &verbs);
+    // The star-or-unstar action of the alphabetical lists: the row shows the
+    // new state at once and goes back if the write fails. The toggle is
+    // announced with this model as its sender.
+    SwipeAction *favouriteSwipeAction(const VerbPtr &verb);
     // Rows reloaded without their verb get it from here the first time it is
     // needed: most of a long result list is never looked at.
     virtual VerbPtr createRowVerb(int) const { return nullptr; }

@@ -7,7 +7,6 @@
 #include "Sm2.h"
 #include "SpeechSynthesizer.h"
 #include "Strings.h"
-#include "VerbRepository.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -15,31 +14,14 @@
 namespace norvella {
 
 PracticeController::PracticeController(QObject *parent)
-    : QObject(parent)
+    : PracticeDataClient(parent)
 {
 }
 
 PracticeController::~PracticeController() = default;
 
-QObject *PracticeController::queueObject() const
+void PracticeController::practiceDataReplaced()
 {
-    return m_repository;
-}
-
-void PracticeController::setQueueObject(QObject *queue)
-{
-    VerbRepository *repository = VerbRepository::from(queue);
-    if (repository == m_repository)
-        return;
-    m_repository = repository;
-    setQueue(repository ? repository->queue() : nullptr);
-    emit queueChanged();
-}
-
-void PracticeController::setQueue(std::shared_ptr<DatabaseQueue> queue)
-{
-    m_queue = std::move(queue);
-    m_store = m_queue ? std::make_unique<PracticeStore>(m_queue) : nullptr;
     m_analysis.reset();
     m_session.clear();
     m_position = 0;
@@ -76,9 +58,9 @@ SessionOptions PracticeController::currentOptions() const
 {
     SessionOptions options = PracticeOptions::read(settings());
     options.today = today();
-    if (options.deck == PracticeDeck::OneVerb && m_queue) {
+    if (options.deck == PracticeDeck::OneVerb && queue()) {
         // "One verb" is the verb the learner opened last.
-        m_queue->inDatabase([&](Database &db) {
+        queue()->inDatabase([&](Database &db) {
             auto rows = db.executeQuery(QStringLiteral("SELECT verbid FROM history ORDER BY timestamp DESC LIMIT 1"));
             if (rows && rows->next())
                 options.verbId = rows->longLongIntForColumn(QStringLiteral("verbid"));
@@ -93,16 +75,16 @@ void PracticeController::start()
     m_position = 0;
     m_graded.clear();
     m_message.clear();
-    if (!m_store) {
+    if (!store()) {
         m_content = {};
         emit cardChanged();
         return;
     }
     SessionOptions options = currentOptions();
-    const auto done = PracticeProgress::doneOn(m_store->reviews(now() - 2 * 86400), options.today);
+    const auto done = PracticeProgress::doneOn(store()->reviews(now() - 2 * 86400), options.today);
     options.newDoneToday = done.newCards;
     options.reviewsDoneToday = done.reviews;
-    m_session = SessionBuilder::build(*m_queue, *m_store, options);
+    m_session = SessionBuilder::build(*queue(), *store(), options);
     if (m_session.isEmpty())
         m_message = Strings::text(QStringLiteral("practice.session.empty"));
     showCard();
@@ -116,9 +98,9 @@ void PracticeController::showCard()
     m_shownForm.clear();
     m_content = {};
     // A card whose form the database lacks (a verb dropped by an update) is skipped.
-    while (m_queue && m_position < m_session.size()) {
+    while (queue() && m_position < m_session.size()) {
         const SessionCard &current = m_session.at(m_position);
-        m_queue->inDatabase([&](Database &db) { m_content = PracticeCards::load(db, current.card, settings()); });
+        queue()->inDatabase([&](Database &db) { m_content = PracticeCards::load(db, current.card, settings()); });
         if (m_content.found)
             break;
         ++m_position;
@@ -128,7 +110,7 @@ void PracticeController::showCard()
         if (m_mode == Recognise) {
             if (const FormAnalysis *forms = analysis()) {
                 const PracticeCard &card = m_session.at(m_position).card;
-                m_queue->inDatabase([&](Database &db) {
+                queue()->inDatabase([&](Database &db) {
                     m_options = PracticeCards::recogniseOptions(db, *forms, card, m_content.infinitive, m_shownForm,
                                                                 quint32(PracticeStore::key(card.verbId, card.tense,
                                                                                            card.person)));
@@ -144,8 +126,8 @@ void PracticeController::showCard()
 
 const FormAnalysis *PracticeController::analysis()
 {
-    if (!m_analysis && m_queue) {
-        m_queue->inDatabase([&](Database &db) {
+    if (!m_analysis && queue()) {
+        queue()->inDatabase([&](Database &db) {
             QString error;
             if (db.isOpen() || db.open())
                 m_analysis = FormAnalysis::build(db.handle(), &error);
@@ -246,7 +228,7 @@ void PracticeController::rate(int quality)
     const PracticeResult result = m_verdict == Right ? PracticeResult::Correct
             : m_verdict == Almost                    ? PracticeResult::Almost
                                                      : PracticeResult::Wrong;
-    if (!m_store->record(card, {0, card.id, now(), quality, int(result)})) {
+    if (!store()->record(card, {0, card.id, now(), quality, int(result)})) {
         m_message = Strings::text(QStringLiteral("practice.save.failed"));
         emit cardChanged();
         return;

@@ -2,12 +2,10 @@
 
 #include "AnswerCheck.h"
 #include "PracticeCardContent.h"
+#include "PracticeData.h"
 #include "PracticeProgress.h"
-#include "PracticeStore.h"
 #include "SessionBuilder.h"
 
-#include <QObject>
-#include <QPointer>
 #include <QSet>
 #include <QQmlEngine>
 #include <QVariantList>
@@ -19,16 +17,16 @@ namespace norvella {
 class FormAnalysis;
 class Settings;
 class SpeechSynthesizer;
-class VerbRepository;
 
 // The Practice screen: a session of cards drilled by typing the form
 // (Produce) or by naming a shown form (Recognise), graded on the SM-2 scale,
 // and the learner's progress and choices.
-class PracticeController : public QObject
+// The base is named in full: Qt 6.4's type registrar, and so qmllint, does
+// not find an unqualified base in a namespace.
+class PracticeController : public norvella::PracticeDataClient
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
     Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY cardChanged)
     Q_PROPERTY(bool hasCard READ hasCard NOTIFY cardChanged)
     Q_PROPERTY(int remaining READ remaining NOTIFY cardChanged)
@@ -57,14 +55,10 @@ public:
     explicit PracticeController(QObject *parent = nullptr);
     ~PracticeController() override;
 
-    QObject *queueObject() const;
-    void setQueueObject(QObject *queue);
-    // For tests and the benchmark: the queue without a repository, and a fixed day.
-    void setQueue(std::shared_ptr<DatabaseQueue> queue);
+    // For tests and the benchmark: a fixed day.
     void setToday(qint64 julianDay) { m_today = julianDay; }
     void setSettings(Settings *settings) { m_settings = settings; }
     void setNow(qint64 secondsSinceEpoch) { m_now = secondsSinceEpoch; }
-    PracticeStore *store() const { return m_store.get(); }
 
     int mode() const { return m_mode; }
     void setMode(int mode);
@@ -95,11 +89,13 @@ public:
     Q_INVOKABLE void speak();
 
 signals:
-    void queueChanged();
     void cardChanged();
     void answered();
     // A grade was stored; the progress page reads afresh.
     void progressChanged();
+
+protected:
+    void practiceDataReplaced() override;
 
 private:
     SessionOptions currentOptions() const;
@@ -109,9 +105,6 @@ private:
     Settings &settings() const;
     const FormAnalysis *analysis();
 
-    QPointer<VerbRepository> m_repository;
-    std::shared_ptr<DatabaseQueue> m_queue;
-    std::unique_ptr<PracticeStore> m_store;
     std::unique_ptr<FormAnalysis> m_analysis;
     SpeechSynthesizer *m_speech = nullptr;
     Settings *m_settings = nullptr;

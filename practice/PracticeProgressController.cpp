@@ -5,7 +5,6 @@
 #include "PracticeProgress.h"
 #include "Settings.h"
 #include "Strings.h"
-#include "VerbRepository.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -13,30 +12,8 @@
 namespace norvella {
 
 PracticeProgressController::PracticeProgressController(QObject *parent)
-    : QObject(parent)
+    : PracticeDataClient(parent)
 {
-}
-
-QObject *PracticeProgressController::queueObject() const
-{
-    return m_repository;
-}
-
-void PracticeProgressController::setQueueObject(QObject *queue)
-{
-    VerbRepository *repository = VerbRepository::from(queue);
-    if (repository == m_repository)
-        return;
-    m_repository = repository;
-    setQueue(repository ? repository->queue() : nullptr);
-    emit queueChanged();
-}
-
-void PracticeProgressController::setQueue(std::shared_ptr<DatabaseQueue> queue)
-{
-    m_queue = std::move(queue);
-    m_store = m_queue ? std::make_unique<PracticeStore>(m_queue) : nullptr;
-    refresh();
 }
 
 Settings &PracticeProgressController::settings() const
@@ -49,10 +26,10 @@ void PracticeProgressController::refresh()
     m_dueToday = m_streak = m_cardCount = 0;
     m_accuracy.clear();
     m_costlyVerbs.clear();
-    if (m_store) {
+    if (store()) {
         const qint64 today = m_today > 0 ? m_today : QDate::currentDate().toJulianDay();
-        const QHash<quint64, PracticeCard> cards = m_store->cards();
-        const QList<PracticeReview> reviews = m_store->reviews();
+        const QHash<quint64, PracticeCard> cards = store()->cards();
+        const QList<PracticeReview> reviews = store()->reviews();
         m_cardCount = int(cards.size());
         m_dueToday = PracticeProgress::dueCount(cards, today);
         m_streak = PracticeProgress::streak(reviews, today);
@@ -66,7 +43,7 @@ void PracticeProgressController::refresh()
                                       {QStringLiteral("values"), values}};
         }
         const auto costly = PracticeProgress::costliestVerbs(reviews, cards, CostlyVerbCount);
-        m_queue->inDatabase([&](Database &db) {
+        queue()->inDatabase([&](Database &db) {
             for (const auto &verb : costly) {
                 auto rows = db.executeQuery(QStringLiteral("SELECT italian FROM verb WHERE _id = ?"), {verb.verbId});
                 const QString name = rows && rows->next() ? rows->stringForColumn(QStringLiteral("italian"))
@@ -179,7 +156,7 @@ void PracticeProgressController::setPersonOn(int person, bool on)
 
 bool PracticeProgressController::resetProgress()
 {
-    const bool ok = m_store && m_store->reset();
+    const bool ok = store() && store()->reset();
     refresh();
     return ok;
 }

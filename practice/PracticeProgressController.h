@@ -1,10 +1,8 @@
 #pragma once
 
-#include "PracticeStore.h"
+#include "PracticeData.h"
 #include "SessionBuilder.h"
 
-#include <QObject>
-#include <QPointer>
 #include <QQmlEngine>
 #include <QVariantList>
 
@@ -14,15 +12,15 @@
 namespace norvella {
 
 class Settings;
-class VerbRepository;
 
 // The progress page: what is due, the streak, accuracy per tense by week,
 // the verbs that cost most, and the learner's choices of what to practise.
-class PracticeProgressController : public QObject
+// The base is named in full: Qt 6.4's type registrar, and so qmllint, does
+// not find an unqualified base in a namespace.
+class PracticeProgressController : public norvella::PracticeDataClient
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QObject *queue READ queueObject WRITE setQueueObject NOTIFY queueChanged)
     Q_PROPERTY(int dueToday READ dueToday NOTIFY progressChanged)
     Q_PROPERTY(int streak READ streak NOTIFY progressChanged)
     Q_PROPERTY(int cardCount READ cardCount NOTIFY progressChanged)
@@ -45,9 +43,6 @@ public:
 
     explicit PracticeProgressController(QObject *parent = nullptr);
 
-    QObject *queueObject() const;
-    void setQueueObject(QObject *queue);
-    void setQueue(std::shared_ptr<DatabaseQueue> queue);
     void setSettings(Settings *settings) { m_settings = settings; }
     void setToday(qint64 julianDay) { m_today = julianDay; }
 
@@ -75,17 +70,16 @@ public:
     Q_INVOKABLE bool resetProgress();
 
 signals:
-    void queueChanged();
     void progressChanged();
     void choicesChanged();
+
+protected:
+    void practiceDataReplaced() override { refresh(); }
 
 private:
     Settings &settings() const;
     void change(const std::function<void(SessionOptions &)> &edit);
 
-    QPointer<VerbRepository> m_repository;
-    std::shared_ptr<DatabaseQueue> m_queue;
-    std::unique_ptr<PracticeStore> m_store;
     Settings *m_settings = nullptr;
     qint64 m_today = 0;
     int m_dueToday = 0;

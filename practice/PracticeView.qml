@@ -21,10 +21,16 @@ Page {
             drill.start()
     }
 
+    // One store for the drill and the progress page.
+    PracticeData {
+        id: practiceTables
+        queue: view.queue
+    }
+
     PracticeController {
         id: drill
         objectName: "practiceController"
-        queue: view.queue
+        practiceData: practiceTables
         mode: view.section === 1 ? PracticeController.Recognise : PracticeController.Produce
         onProgressChanged: progress.refresh()
     }
@@ -32,7 +38,7 @@ Page {
     PracticeProgressController {
         id: progress
         objectName: "practiceProgressController"
-        queue: view.queue
+        practiceData: practiceTables
     }
 
     background: Rectangle { color: Theme.groupedBackground }

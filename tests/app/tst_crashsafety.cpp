@@ -1,18 +1,17 @@
 // The real app, killed and starved during an update of its database: every
 // favourite and history row survives, whatever instant the kill lands on.
 // NORVELLA_RANDOM_KILLS=N runs N sampled kills instead of the default.
+#include "AppSandbox.h"
 #include "Settings.h"
 #include "TestSupport.h"
+#include "UserRows.h"
 #include "WorkingCopy.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QtTest>
-
-#include <csignal>
 
 using namespace norvella;
 
@@ -30,14 +29,9 @@ class CrashSafetyTest : public QObject
 private slots:
     void init()
     {
-        m_dir.reset(new QTemporaryDir);
-        QVERIFY(m_dir->isValid());
-        m_docs = m_dir->filePath(QStringLiteral("data/Norvella/norvella"));
-        m_config = m_dir->filePath(QStringLiteral("config/Norvella/norvella"));
-        QVERIFY(QDir().mkpath(m_docs));
-        QVERIFY(QDir().mkpath(m_config));
-        QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("run"))));
-        QFile::setPermissions(m_dir->filePath(QStringLiteral("run")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        m_app.reset(new test::AppSandbox(QStringLiteral(NORVELLA_BINARY)));
+        QVERIFY(m_app->isReady());
+        m_docs = m_app->docs();
         makeOldInstall();
     }
 
@@ -48,7 +42,7 @@ private slots:
         for (;; ++step) {
             QVERIFY(step < 50);
             makeOldInstall();
-            const Run run = launch({{QStringLiteral("NORVELLA_KILL_AT"), QString::number(step)}});
+            const Run run = m_app->launchKilledAtStep(step);
             if (!run.killed) {
                 QCOMPARE(run.exitCode, 0);
                 break;
@@ -71,13 +65,13 @@ private slots:
         makeOldInstall();
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(launch().exitCode, 0);
+        QCOMPARE(m_app->launch().exitCode, 0);
         const qint64 updateMs = timer.elapsed();
         QRandomGenerator random(20261124);
         int killedBeforeTheEnd = 0;
         for (int i = 0; i < samples; ++i) {
             makeOldInstall();
-            const Run run = launch({}, int(random.bounded(updateMs + 1)));
+            const Run run = m_app->launch({}, int(random.bounded(updateMs + 1)));
             killedBeforeTheEnd += run.killed ? 1 : 0;
             relaunchAndCheckEverythingKept(QStringLiteral("sample %1").arg(i));
             if (QTest::currentTestFailed())
@@ -92,7 +86,7 @@ private slots:
     {
         QProcess first, second;
         for (QProcess *process : {&first, &second}) {
-            process->setProcessEnvironment(environment());
+            process->setProcessEnvironment(m_app->environment());
             process->start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
         }
         for (QProcess *process : {&first, &second}) {
@@ -108,17 +102,17 @@ private slots:
     {
         if (QStandardPaths::findExecutable(QStringLiteral("unshare")).isEmpty())
             QSKIP("unshare is not available");
-        const QString seed = m_dir->filePath(QStringLiteral("seed"));
+        const QString seed = m_app->filePath(QStringLiteral("seed"));
         QVERIFY(QDir().rename(m_docs, seed));
         QVERIFY(QDir().mkpath(m_docs));
         const qint64 room = QFileInfo(seed + QStringLiteral("/verbs.db")).size() + 4 * 1024 * 1024;
-        const QString after = m_dir->filePath(QStringLiteral("after"));
+        const QString after = m_app->filePath(QStringLiteral("after"));
         const QString script = QStringLiteral(
                 "mount -t tmpfs -o size=%1 tmpfs \"$DOCS\" || exit 77; cp -a \"$SEED\"/. \"$DOCS\"/ || exit 78; "
                 "\"$APP\" --first-frame; status=$?; mkdir -p \"$AFTER\" && cp -a \"$DOCS\"/. \"$AFTER\"/; exit $status")
                                        .arg(room);
         QProcess process;
-        QProcessEnvironment env = environment();
+        QProcessEnvironment env = m_app->environment();
         env.insert(QStringLiteral("DOCS"), m_docs);
         env.insert(QStringLiteral("SEED"), seed);
         env.insert(QStringLiteral("AFTER"), after);
@@ -157,7 +151,7 @@ private slots:
         // A launch does not read every page; the check that runs after it
         // finds the damage while the app is in use.
         QProcess session;
-        session.setProcessEnvironment(environment());
+        session.setProcessEnvironment(m_app->environment());
         session.start(QStringLiteral(NORVELLA_BINARY), {});
         QVERIFY(session.waitForStarted(10000));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(working() + QStringLiteral(".damaged")), 20000);
@@ -165,7 +159,7 @@ private slots:
         session.waitForFinished(10000);
         QVERIFY(session.readAllStandardError().contains("it will be repaired at the next start"));
 
-        const Run run = launch();
+        const Run run = m_app->launch();
         QCOMPARE(run.exitCode, 0);
         QVERIFY2(run.err.contains("repaired: kept 500 favourites and 51 history entries"), run.err.constData());
         checkEverythingKept(QStringLiteral("repair"));
@@ -179,8 +173,8 @@ private slots:
         relaunchAndCheckEverythingKept(QStringLiteral("update"));
         const QDateTime replaced = QFileInfo(working()).lastModified();
         QVERIFY(QFile::remove(settingsPath()));
-        QProcessEnvironment env = environment();
-        const QString blocked = m_dir->filePath(QStringLiteral("not-a-folder"));
+        QProcessEnvironment env = m_app->environment();
+        const QString blocked = m_app->filePath(QStringLiteral("not-a-folder"));
         QVERIFY(QFile(blocked).open(QIODevice::WriteOnly));
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), blocked);
         for (int launchNumber = 0; launchNumber < 2; ++launchNumber) {
@@ -197,7 +191,7 @@ private slots:
     // No place for the data: one clear message, nothing written anywhere.
     void noHomeOrAPathTooLong()
     {
-        QProcessEnvironment env = environment();
+        QProcessEnvironment env = m_app->environment();
         for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             env.remove(QString::fromLatin1(name));
         const bool rootDataExisted = QFileInfo::exists(QStringLiteral("/.local/share/Norvella"));
@@ -209,10 +203,10 @@ private slots:
         QVERIFY(process.readAllStandardError().contains("HOME is not set"));
         QCOMPARE(QFileInfo::exists(QStringLiteral("/.local/share/Norvella")), rootDataExisted);
 
-        QString deep = m_dir->filePath(QStringLiteral("deep"));
+        QString deep = m_app->filePath(QStringLiteral("deep"));
         while (deep.size() < 600)
             deep += QLatin1Char('/') + QString(60, QLatin1Char('x'));
-        env = environment();
+        env = m_app->environment();
         env.insert(QStringLiteral("XDG_DATA_HOME"), deep);
         process.setProcessEnvironment(env);
         process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
@@ -224,51 +218,11 @@ private slots:
     }
 
 private:
-    struct Run
-    {
-        bool killed = false;
-        int exitCode = -1;
-        QByteArray err;
-    };
-
-    QProcessEnvironment environment() const
-    {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), m_dir->filePath(QStringLiteral("home")));
-        env.insert(QStringLiteral("XDG_DATA_HOME"), m_dir->filePath(QStringLiteral("data")));
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir->filePath(QStringLiteral("config")));
-        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir->filePath(QStringLiteral("run")));
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
-        env.remove(QStringLiteral("NORVELLA_KILL_AT"));
-        return env;
-    }
-
-    // A launch that reaches its first frame and exits; with killAfterMs it is
-    // killed that long after it started, if still running.
-    Run launch(const QHash<QString, QString> &extra = {}, int killAfterMs = -1) const
-    {
-        QProcessEnvironment env = environment();
-        for (auto it = extra.cbegin(); it != extra.cend(); ++it)
-            env.insert(it.key(), it.value());
-        QProcess process;
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(NORVELLA_BINARY), {QStringLiteral("--first-frame")});
-        Run run;
-        if (!process.waitForStarted(10000))
-            return run;
-        if (killAfterMs >= 0 && !process.waitForFinished(killAfterMs))
-            ::kill(pid_t(process.processId()), SIGKILL);
-        process.waitForFinished(60000);
-        run.killed = process.exitStatus() == QProcess::CrashExit;
-        run.exitCode = run.killed ? -1 : process.exitCode();
-        run.err = process.readAllStandardError();
-        return run;
-    }
+    using Run = test::AppSandbox::Run;
 
     void relaunchAndCheckEverythingKept(const QString &when)
     {
-        const Run run = launch();
+        const Run run = m_app->launch();
         QVERIFY2(!run.killed && run.exitCode == 0, qPrintable(when + QLatin1String(": ") + QString::fromUtf8(run.err)));
         checkEverythingKept(when);
     }
@@ -276,12 +230,8 @@ private:
     void checkEverythingKept(const QString &when)
     {
         const QString context = when + QStringLiteral(": ");
-        QCOMPARE(test::querySingleColumn(working(), "SELECT group_concat(verbid) FROM "
-                                                    "(SELECT verbid FROM favourite NOT INDEXED ORDER BY _id)"),
-                 QStringList{m_expectedFavourites});
-        QCOMPARE(test::querySingleColumn(working(), "SELECT group_concat(verbid || ':' || timestamp) FROM "
-                                                    "(SELECT verbid, timestamp FROM history NOT INDEXED ORDER BY _id)"),
-                 QStringList{m_expectedHistory});
+        QCOMPARE(test::querySingleColumn(working(), test::UserRows::Favourites), QStringList{m_expectedFavourites});
+        QCOMPARE(test::querySingleColumn(working(), test::UserRows::History), QStringList{m_expectedHistory});
         QVERIFY2(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion)
                          == QLatin1String(NORVELLA_APP_VERSION),
                  qPrintable(context + QStringLiteral("version not stored")));
@@ -295,8 +245,7 @@ private:
     // version in the settings and in the file.
     void makeOldInstall()
     {
-        for (const QString &name : QDir(m_docs).entryList(QDir::Files))
-            QFile::remove(m_docs + QLatin1Char('/') + name);
+        m_app->removeWorkingFiles();
         QVERIFY(QFile::copy(QStringLiteral(NORVELLA_MASTER), working()));
         QFile::setPermissions(working(), QFile::ReadOwner | QFile::WriteOwner);
         QVERIFY(test::runSql(working(), QStringLiteral(
@@ -313,13 +262,8 @@ private:
         settings.setString(SettingsKeys::InstalledVersion, OldVersion);
         settings.setBool(SettingsKeys::IncludeEnglish, true);
         if (m_expectedFavourites.isEmpty()) {
-            m_expectedFavourites = test::querySingleColumn(working(), "SELECT group_concat(verbid) FROM "
-                                                                      "(SELECT verbid FROM favourite ORDER BY _id)")
-                                           .value(0);
-            m_expectedHistory = test::querySingleColumn(working(), "SELECT group_concat(verbid || ':' || timestamp) "
-                                                                   "FROM (SELECT verbid, timestamp FROM history "
-                                                                   "ORDER BY _id)")
-                                        .value(0);
+            m_expectedFavourites = test::querySingleColumn(working(), test::UserRows::Favourites).value(0);
+            m_expectedHistory = test::querySingleColumn(working(), test::UserRows::History).value(0);
             QCOMPARE(m_expectedFavourites.count(QLatin1Char(',')), Favourites - 1);
         }
     }
@@ -329,11 +273,11 @@ private:
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    QString working() const { return m_docs + QStringLiteral("/verbs.db"); }
-    QString settingsPath() const { return m_config + QStringLiteral("/settings.json"); }
+    QString working() const { return m_app->working(); }
+    QString settingsPath() const { return m_app->settingsPath(); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_docs, m_config, m_expectedFavourites, m_expectedHistory;
+    std::unique_ptr<test::AppSandbox> m_app;
+    QString m_docs, m_expectedFavourites, m_expectedHistory;
 };
 
 QTEST_GUILESS_MAIN(CrashSafetyTest)

@@ -11,11 +11,10 @@
 #include "VerbRepository.h"
 
 #include <QQuickItem>
-#include <QtQml/qqmlextensionplugin.h>
 
-Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
+#define NORVELLA_QML_CONJUGATION
+#define NORVELLA_QML_EXPORT
+#include "QmlModules.h"
 
 using namespace norvella;
 using norvella::test::ConjugationFixture;

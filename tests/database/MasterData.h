@@ -133,6 +133,38 @@ inline QList<QStringList> readSourceRows(const QString &path)
     return result;
 }
 
+// Alternative forms share one cell, in the order they are shown.
+inline const QString separator = QStringLiteral(" / ");
+
+inline QStringList variants(const QString &cell)
+{
+    return cell.isEmpty() ? QStringList() : cell.split(separator);
+}
+
+// Every verb of the master with its forms, and each one by its infinitive.
+struct VerbIndex
+{
+    QList<MasterVerb> verbs;
+    QHash<QString, qsizetype> byName;
+
+    // False when the master cannot be opened (it was not built).
+    bool load(const QString &path)
+    {
+        const MasterDb db(path);
+        if (!db.isOpen())
+            return false;
+        verbs = db.verbs();
+        for (qsizetype i = 0; i < verbs.size(); ++i)
+            byName.insert(verbs[i].italian, i);
+        return true;
+    }
+    const MasterVerb *find(const QString &name) const
+    {
+        const auto found = byName.constFind(name);
+        return found == byName.cend() ? nullptr : &verbs[*found];
+    }
+};
+
 inline QString fold(const QString &text)
 {
     QString folded = text.normalized(QString::NormalizationForm_D);

@@ -56,11 +56,6 @@ QString withProclitic(const QString &clitic, const QString &form)
     return clitic + u' ' + form;
 }
 
-QStringList eachVariant(const QString &cell)
-{
-    return cell.isEmpty() ? QStringList() : cell.split(QStringLiteral(" / "));
-}
-
 // The simple tense holding the auxiliary of each compound tense.
 const QHash<int, int> auxiliaryTense = {{7, 6}, {9, 8}, {11, 10}, {13, 12}, {16, 15}, {18, 17}, {20, 19}};
 const QList<int> simpleTypes = {6, 8, 10, 12, 15, 17, 19};
@@ -87,19 +82,15 @@ private slots:
     void frequentVerbsAreInTheDatabase();
 
 private:
-    const MasterVerb *verb(const QString &name) const
-    {
-        const auto found = m_byName.constFind(name);
-        return found == m_byName.cend() ? nullptr : &m_verbs[*found];
-    }
+    const MasterVerb *verb(const QString &name) const { return m_master.find(name); }
     QStringList translationOf(const QString &name) const
     {
         return m_translations.value(name);
     }
 
     QScopedPointer<MasterDb> m_db;
-    QList<MasterVerb> m_verbs;
-    QHash<QString, qsizetype> m_byName;
+    VerbIndex m_master;
+    const QList<MasterVerb> &m_verbs = m_master.verbs;
     QHash<QString, QStringList> m_translations;
     QList<QPair<QString, QString>> m_pronominal; // verb, base
 };
@@ -108,9 +99,7 @@ void TestClitics::initTestCase()
 {
     m_db.reset(new MasterDb(QStringLiteral(NORVELLA_MASTER_DB)));
     QVERIFY2(m_db->isOpen(), NORVELLA_MASTER_DB " was not built");
-    m_verbs = m_db->verbs();
-    for (qsizetype i = 0; i < m_verbs.size(); ++i)
-        m_byName.insert(m_verbs[i].italian, i);
+    QVERIFY(m_master.load(QStringLiteral(NORVELLA_MASTER_DB)));
     for (const QVariantList &row : m_db->rows("SELECT italian, " + translationColumns.join(", ") + " FROM verb")) {
         QStringList texts;
         for (qsizetype c = 1; c < row.size(); ++c)
@@ -158,7 +147,7 @@ void TestClitics::clusterVerbsFollowTheirBase()
         for (const int type : simpleTypes) {
             for (int person = 1; person <= 6; ++person) {
                 QStringList forms;
-                for (const QString &form : eachVariant(base->form(type, person)))
+                for (const QString &form : variants(base->form(type, person)))
                     forms << withProclitic(cluster->proclitic[person - 1], form);
                 expect(type, person, forms.join(QStringLiteral(" / ")));
             }

@@ -13,13 +13,6 @@ using namespace master;
 
 namespace {
 
-const QString separator = QStringLiteral(" / ");
-
-QStringList variants(const QString &cell)
-{
-    return cell.isEmpty() ? QStringList() : cell.split(separator);
-}
-
 // Two verbs where one is the other with a prefix, whose endings are homographs of
 // different verbs, so they may differ in -isc-: partire "leave" and spartire "divide".
 const QHash<QString, QStringList> iscHomographs = {
@@ -52,14 +45,10 @@ private slots:
     void neIsElidedBeforeEssere();
 
 private:
-    const MasterVerb *verb(const QString &name) const
-    {
-        const auto found = m_byName.constFind(name);
-        return found == m_byName.cend() ? nullptr : &m_verbs[*found];
-    }
+    const MasterVerb *verb(const QString &name) const { return m_master.find(name); }
 
-    QList<MasterVerb> m_verbs;
-    QHash<QString, qsizetype> m_byName;
+    VerbIndex m_master;
+    const QList<MasterVerb> &m_verbs = m_master.verbs;
     QHash<QString, QStringList> m_pronominalOf; // base -> its pronominal verbs
     QSet<QString> m_thirdPerson;                 // third-person.tsv
 
@@ -72,11 +61,7 @@ private:
 
 void TestForms::initTestCase()
 {
-    const MasterDb db(QStringLiteral(NORVELLA_MASTER_DB));
-    QVERIFY2(db.isOpen(), NORVELLA_MASTER_DB " was not built");
-    m_verbs = db.verbs();
-    for (qsizetype i = 0; i < m_verbs.size(); ++i)
-        m_byName.insert(m_verbs[i].italian, i);
+    QVERIFY2(m_master.load(QStringLiteral(NORVELLA_MASTER_DB)), NORVELLA_MASTER_DB " was not built");
     for (const QStringList &cells : readSourceRows(sourcePath("pronominal.tsv")))
         m_pronominalOf[cells.value(1)] << cells.value(0);
     for (const QStringList &cells : readSourceRows(sourcePath("third-person.tsv")))
@@ -187,8 +172,8 @@ void TestForms::derivedVerbsAgreeOnIsc()
             const auto homographs = iscHomographs.constFind(base.key());
             if (homographs != iscHomographs.cend() && (homographs->isEmpty() || homographs->contains(derived.key())))
                 continue;
-            problems << QStringLiteral("%1 (%2) but %3 (%4)").arg(base.key(), m_verbs[m_byName[base.key()]].form(6, 1),
-                                                                 derived.key(), m_verbs[m_byName[derived.key()]].form(6, 1));
+            problems << QStringLiteral("%1 (%2) but %3 (%4)").arg(base.key(), m_master.find(base.key())->form(6, 1),
+                                                                 derived.key(), m_master.find(derived.key())->form(6, 1));
         }
     }
     QVERIFY2(problems.isEmpty(), describe(problems));

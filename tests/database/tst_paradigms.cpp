@@ -13,14 +13,8 @@ using namespace master;
 
 namespace {
 
-const QString separator = QStringLiteral(" / ");
 const QList<int> simpleTenses = {6, 8, 10, 12, 15, 17, 19};
 const QList<int> compoundTenses = {7, 9, 11, 13, 16, 18, 20};
-
-QStringList variants(const QString &cell)
-{
-    return cell.isEmpty() ? QStringList() : cell.split(separator);
-}
 
 // The word without its accents: ridò and rido spell the same letters.
 QString unaccented(const QString &word)
@@ -53,23 +47,15 @@ private slots:
     void noVerbIsIrregularInASingleForm();
 
 private:
-    const MasterVerb *verb(const QString &name) const
-    {
-        const auto found = m_byName.constFind(name);
-        return found == m_byName.cend() ? nullptr : &m_verbs[*found];
-    }
+    const MasterVerb *verb(const QString &name) const { return m_master.find(name); }
 
-    QList<MasterVerb> m_verbs;
-    QHash<QString, qsizetype> m_byName;
+    VerbIndex m_master;
+    const QList<MasterVerb> &m_verbs = m_master.verbs;
 };
 
 void TestParadigms::initTestCase()
 {
-    const MasterDb db(QStringLiteral(NORVELLA_MASTER_DB));
-    QVERIFY2(db.isOpen(), NORVELLA_MASTER_DB " was not built");
-    m_verbs = db.verbs();
-    for (qsizetype i = 0; i < m_verbs.size(); ++i)
-        m_byName.insert(m_verbs[i].italian, i);
+    QVERIFY2(m_master.load(QStringLiteral(NORVELLA_MASTER_DB)), NORVELLA_MASTER_DB " was not built");
     QVERIFY(m_verbs.size() > 6000);
 }
 
@@ -127,8 +113,8 @@ void TestParadigms::ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed()
             }
         }
     }
-    for (const auto &[name, expected] : QList<QPair<QString, QString>>{
-             {"sciare", "scierò"}, {"cominciare", "comincerò"}, {"mangiare", "mangerò"}, {"lasciare", "lascerò"}}) {
+    // One stressed and one unstressed i, so a stress list read wrongly shows.
+    for (const auto &[name, expected] : QList<QPair<QString, QString>>{{"sciare", "scierò"}, {"cominciare", "comincerò"}}) {
         const MasterVerb *v = verb(name);
         if (!v || v->form(10, 1) != expected)
             problems << name + ": '" + (v ? v->form(10, 1) : QString()) + "', expected '" + expected + "'";
@@ -220,10 +206,11 @@ void TestParadigms::wholeCompoundsFollowTheirModelInEveryForm()
             }
         }
     }
+    // An accent written, none added, avere's h dropped (with and without an
+    // accent), and a model whose stem changes.
     for (const auto &[name, type, person, expected] : QList<std::tuple<QString, int, int, QString>>{
-             {"ridare", 6, 1, "ridò"}, {"ridare", 6, 3, "ridà"}, {"ridare", 14, 2, "ridai"}, {"sottostare", 6, 3, "sottostà"},
-             {"sottostare", 12, 3, "sottostette"}, {"riavere", 6, 1, "riò"}, {"riavere", 6, 6, "rianno"},
-             {"riandare", 6, 1, "rivado"}, {"riandare", 10, 1, "riandrò"}}) {
+             {"ridare", 6, 1, "ridò"}, {"ridare", 14, 2, "ridai"}, {"riavere", 6, 1, "riò"}, {"riavere", 6, 6, "rianno"},
+             {"riandare", 6, 1, "rivado"}}) {
         const MasterVerb *v = verb(name);
         if (!v || v->form(type, person) != expected)
             problems << QStringLiteral("%1 type %2 person %3: '%4', expected '%5'").arg(name).arg(type).arg(person).arg(v ? v->form(type, person) : QString(), expected);

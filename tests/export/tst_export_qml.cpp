@@ -6,10 +6,9 @@
 #include "VerbRef.h"
 
 #include <QStandardPaths>
-#include <QtQml/qqmlextensionplugin.h>
 
-Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+#define NORVELLA_QML_EXPORT
+#include "QmlModules.h"
 
 using namespace norvella;
 

@@ -44,7 +44,6 @@ private slots:
         QTest::newRow("case and spaces") << "  Mi  SONO alzata " << "mi sono alzato/a" << right << "mi sono alzata";
         QTest::newRow("second variant") << "debbo" << "devo / debbo" << right << "debbo";
         QTest::newRow("other auxiliary") << "sono corsa" << "ho corso / sono corso/a" << right << "sono corsa";
-        QTest::newRow("first auxiliary") << "ho corso" << "ho corso / sono corso/a" << right << "ho corso";
         QTest::newRow("subject pronoun allowed") << "io vado" << "vado" << right << "vado";
         QTest::newRow("typographic apostrophe") << QString::fromUtf8("va\u2019") << "va' / vai" << right << "va'";
         QTest::newRow("accent given") << QString::fromUtf8("è andato") << QString::fromUtf8("è andato/a") << right

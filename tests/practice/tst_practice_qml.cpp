@@ -15,10 +15,9 @@
 
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QtQml/qqmlextensionplugin.h>
 
-Q_IMPORT_QML_PLUGIN(Norvella_PracticePlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+#define NORVELLA_QML_PRACTICE
+#include "QmlModules.h"
 
 using namespace norvella;
 

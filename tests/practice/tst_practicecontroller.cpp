@@ -112,7 +112,8 @@ private slots:
         PracticeProgressController progressPage;
         progressPage.setSettings(m_settings.get());
         progressPage.setToday(Today + 1);
-        progressPage.setQueue(std::make_shared<DatabaseQueue>(path()));
+        // The page reads the store the drill wrote, as on the Practice screen.
+        progressPage.setPracticeData(controller.practiceData());
         QCOMPARE(progressPage.dueToday(), 3);
         QCOMPARE(progressPage.cardCount(), 3);
         QCOMPARE(progressPage.costlyVerbs().size(), 1);

@@ -7,11 +7,10 @@
 #include "Verb.h"
 
 #include <QStandardPaths>
-#include <QtQml/qqmlextensionplugin.h>
 
-Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
+#define NORVELLA_QML_SETTINGS
+#define NORVELLA_QML_EXPORT
+#include "QmlModules.h"
 
 using namespace norvella;
 
