@@ -28,6 +28,27 @@ Control {
         onChosen: irregular => { if (view.controller) view.controller.showsIrregular = irregular }
     }
 
+    // A reload (a settings change, a favourite marked elsewhere) keeps the verb
+    // at the top where it was, instead of jumping back to "A".
+    Connections {
+        target: view.controller
+        property double topVerb: -1
+        property int topRow: -1
+        property real offset: 0
+        function onModelAboutToBeReset() {
+            topRow = list.indexAt(8, list.contentY + 1)
+            topVerb = topRow >= 0 ? view.controller.verbIdAt(topRow) : -1
+            offset = topRow >= 0 ? list.contentY - list.itemAtIndex(topRow).y : 0
+        }
+        function onModelReset() {
+            const row = view.controller.rowForVerbId(topVerb, topRow)
+            if (row < 0)
+                return
+            list.positionViewAtIndex(row, ListView.Beginning)
+            list.contentY += offset
+        }
+    }
+
     ListView {
         id: list
         anchors.fill: parent
