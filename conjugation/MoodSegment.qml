@@ -10,6 +10,21 @@ AbstractButton {
     property bool first: false
     property bool last: false
     property real radius: 0
+    // The widest word of the name, bold as when chosen, with the label's padding:
+    // the narrowest this segment may be without breaking a word.
+    readonly property real wordWidth: {
+        let widest = 0
+        for (const word of text.split(/\s+/))
+            widest = Math.max(widest, boldMetrics.advanceWidth(word))
+        return Math.ceil(widest) + label.leftPadding + label.rightPadding + 2
+    }
+
+    FontMetrics {
+        id: boldMetrics
+        font.family: label.font.family
+        font.pixelSize: label.font.pixelSize
+        font.bold: true
+    }
 
     Accessible.role: Accessible.PageTab
     Accessible.name: text
@@ -44,6 +59,7 @@ AbstractButton {
     }
 
     contentItem: Label {
+        id: label
         text: segment.text
         color: segment.selected ? Theme.selectionText : Theme.text
         font.bold: segment.selected
@@ -52,10 +68,10 @@ AbstractButton {
         leftPadding: 4
         rightPadding: 4
         // The tab size, as on the bottom tabs. Two-word names ("Andere Formen") take a
-        // second line; a word wider than the segment (large text on a small phone)
-        // breaks inside rather than shrinking or losing its end.
+        // second line; a word is never broken, the selector widens its segments
+        // to the longest word instead (see wordWidth).
         font.pixelSize: Theme.captionSize
-        wrapMode: Text.WrapAtWordBoundaryOrAnywhere
+        wrapMode: Text.WordWrap
         maximumLineCount: 3
         Accessible.ignored: true
     }

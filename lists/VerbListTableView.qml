@@ -35,17 +35,35 @@ Control {
         property double topVerb: -1
         property int topRow: -1
         property real offset: 0
-        function onModelAboutToBeReset() {
-            topRow = list.indexAt(8, list.contentY + 1)
-            topVerb = topRow >= 0 ? view.controller.verbIdAt(topRow) : -1
-            offset = topRow >= 0 ? list.contentY - list.itemAtIndex(topRow).y : 0
+        // The first row under the top edge; an inline section header may cover
+        // the edge itself.
+        function rowAtTop(): int {
+            for (let y = list.contentY + 1; y < list.contentY + list.height; y += 4) {
+                const row = list.indexAt(list.width / 2, y)
+                if (row >= 0)
+                    return row
+            }
+            return -1
         }
-        function onModelReset() {
+        function onModelAboutToBeReset() {
+            topRow = rowAtTop()
+            const item = topRow >= 0 ? list.itemAtIndex(topRow) : null
+            topVerb = item ? view.controller.verbIdAt(topRow) : -1
+            offset = item ? list.contentY - item.y : 0
+        }
+        // After the view has taken in the reset, or it would undo the scrolling.
+        function onModelReset() { Qt.callLater(restore) }
+        function restore() {
             const row = view.controller.rowForVerbId(topVerb, topRow)
             if (row < 0)
                 return
+            // Measured from the row itself: positioning at the beginning puts a
+            // section's header, not its first row, at the top.
             list.positionViewAtIndex(row, ListView.Beginning)
-            list.contentY += offset
+            const item = list.itemAtIndex(row)
+            if (item)
+                list.contentY = Math.max(list.originY, Math.min(item.y + offset,
+                                         list.originY + list.contentHeight - list.height))
         }
     }
 
