@@ -123,8 +123,8 @@ ApplicationWindow {
         Item {
             id: host
             objectName: "detailHost"
-            Component.onCompleted: window.detailHost = host
-            Component.onDestruction: if (window.detailHost === host) window.detailHost = null
+            Component.onCompleted: window.detailHost = host // qmllint disable unqualified
+            Component.onDestruction: if (window.detailHost === host) window.detailHost = null // qmllint disable unqualified
         }
     }
 

@@ -112,7 +112,7 @@ Flickable {
                 id: blocks
 
                 delegate: TenseBlock {
-                    width: area.blockWidth
+                    width: area.blockWidth // qmllint disable unqualified
                     height: Math.max(AdaptiveLayout.blockMinimum, implicitHeight)
                 }
             }

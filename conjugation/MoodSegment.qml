@@ -12,17 +12,18 @@ AbstractButton {
     property real radius: 0
     // The widest word of the name, bold as when chosen, with the label's padding:
     // the narrowest this segment may be without breaking a word.
+    readonly property int labelPadding: 4
     readonly property real wordWidth: {
         let widest = 0
         for (const word of text.split(/\s+/))
             widest = Math.max(widest, boldMetrics.advanceWidth(word))
-        return Math.ceil(widest) + label.leftPadding + label.rightPadding + 2
+        return Math.ceil(widest) + 2 * labelPadding + 2
     }
 
     FontMetrics {
         id: boldMetrics
-        font.family: label.font.family
-        font.pixelSize: label.font.pixelSize
+        font.family: segment.font.family
+        font.pixelSize: Theme.captionSize
         font.bold: true
     }
 
@@ -59,14 +60,13 @@ AbstractButton {
     }
 
     contentItem: Label {
-        id: label
         text: segment.text
         color: segment.selected ? Theme.selectionText : Theme.text
         font.bold: segment.selected
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
-        leftPadding: 4
-        rightPadding: 4
+        leftPadding: segment.labelPadding
+        rightPadding: segment.labelPadding
         // The tab size, as on the bottom tabs. Two-word names ("Andere Formen") take a
         // second line; a word is never broken, the selector widens its segments
         // to the longest word instead (see wordWidth).

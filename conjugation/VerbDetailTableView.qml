@@ -43,7 +43,7 @@ Page {
 
     function notePlace(presentation: Item) {
         if (!keepingPlace && presentation.visible)
-            placeSection = presentation.sectionAtTop()
+            placeSection = presentation === grid ? grid.sectionAtTop() : table.sectionAtTop()
     }
 
     function showPlace() {
@@ -64,7 +64,12 @@ Page {
         if (keepingPlace)
             return
         keepingPlace = true
-        Qt.callLater(showPlace)
+        showPlaceLater.restart()
+    }
+    Timer {
+        id: showPlaceLater
+        interval: 0
+        onTriggered: screen.showPlace()
     }
     Connections {
         target: screen.Window.window

@@ -37,7 +37,7 @@ SwipeDelegate {
                                         : translation
     Access.pressable: true
     swipe.enabled: swipeEnabled && table !== null
-    swipe.right: SwipeActionView { trailingInset: cell.trailingInset }
+    swipe.right: SwipeActionView { trailingInset: cell.trailingInset } // qmllint disable unqualified
 
     onClicked: {
         if (swipe.position !== 0)

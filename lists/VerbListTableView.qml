@@ -30,8 +30,14 @@ Control {
 
     // A reload (a settings change, a favourite marked elsewhere) keeps the verb
     // at the top where it was, instead of jumping back to "A".
+    Timer {
+        id: restoreLater
+        interval: 0
+        onTriggered: keepTop.restore()
+    }
     Connections {
-        target: view.controller
+        id: keepTop
+        target: view.controller // qmllint disable
         property double topVerb: -1
         property int topRow: -1
         property real offset: 0
@@ -48,13 +54,13 @@ Control {
         function onModelAboutToBeReset() {
             topRow = rowAtTop()
             const item = topRow >= 0 ? list.itemAtIndex(topRow) : null
-            topVerb = item ? view.controller.verbIdAt(topRow) : -1
+            topVerb = item ? view.controller.verbIdAt(topRow) : -1 // qmllint disable
             offset = item ? list.contentY - item.y : 0
         }
         // After the view has taken in the reset, or it would undo the scrolling.
-        function onModelReset() { Qt.callLater(restore) }
+        function onModelReset() { restoreLater.restart() }
         function restore() {
-            const row = view.controller.rowForVerbId(topVerb, topRow)
+            const row = view.controller.rowForVerbId(topVerb, topRow) // qmllint disable
             if (row < 0)
                 return
             // Measured from the row itself: positioning at the beginning puts a
