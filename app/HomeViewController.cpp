@@ -284,6 +284,9 @@ void HomeViewController::optionsDidClose(bool fieldsChanged)
         return;
     if (m_verbList)
         m_verbList->reload();
+    // The translation under every row follows the language chosen, on every tab.
+    if (m_favourites)
+        m_favourites->reload();
     if (m_history)
         m_history->reload();
     NotificationCenter::defaultCenter().post(Notifications::RefreshConjugations);

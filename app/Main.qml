@@ -6,16 +6,21 @@ import Norvella.Conjugation
 import Norvella.Export
 import Norvella.Resources
 
-// The window: the home column and the detail column side by side on wide
-// windows, one stack of pages (home, then the chosen verb) on narrow ones.
+// The window: the home column and the detail column side by side when both
+// the list and a two-column grid fit, one stack of pages (home, then the
+// chosen verb) otherwise. One conjugation screen serves both arrangements and
+// moves between them, so a rotation keeps its verb, mood and place and never
+// counts as another view of the verb.
 ApplicationWindow {
     id: window
 
     required property AppDelegate appDelegate
-    readonly property bool regularWidth: width >= 700
-    readonly property real primaryWidth: regularWidth ? Math.min(420, Math.round(width * 0.4)) : width
+    readonly property bool regularWidth: AdaptiveLayout.splits(width)
+    readonly property real primaryWidth: AdaptiveLayout.primaryWidth(width)
     // The verb in the detail column (a VerbRef), null until one is chosen.
     property QtObject selectedVerb: null
+    // The pushed page that holds the conjugation screen on narrow windows.
+    property Item detailHost: null
 
     visible: true
     title: qsTr("Norvella")
@@ -54,19 +59,18 @@ ApplicationWindow {
     // the window existed.
     function showMessage(text: string) { messageBar.show(text) }
 
-    function pushDetail() {
-        const properties = {verb: window.selectedVerb, queue: window.appDelegate.queue}
-        if (stack.depth > 1)
-            stack.replace(detailPage, properties)
-        else
-            stack.push(detailPage, properties)
+    // A layout change moves the screen without the push animation.
+    function pushDetail(operation) {
+        if (stack.depth === 1)
+            stack.push(detailPage, {}, operation === undefined ? StackView.PushTransition : operation)
+        detail.forceActiveFocus()
     }
 
     onRegularWidthChanged: {
         if (regularWidth)
-            stack.pop(null)
+            stack.pop(null, StackView.Immediate)
         else if (!window.appDelegate.shouldCollapseSecondary(true, window.selectedVerb !== null))
-            pushDetail()
+            pushDetail(StackView.Immediate)
     }
 
     StackView {
@@ -91,17 +95,24 @@ ApplicationWindow {
         color: Theme.separator
     }
 
-    VerbDetailTableView {
+    Item {
         id: detailColumn
-        objectName: "detailColumn"
+        objectName: "detailColumnArea"
         x: window.primaryWidth + 1
         visible: window.regularWidth
         width: window.width - x
         height: parent.height
-        // Hidden on narrow screens, where the pushed page shows the verb: it
-        // must not load it too, or every view would count twice.
-        verb: window.regularWidth ? window.selectedVerb : null
+    }
+
+    VerbDetailTableView {
+        id: detail
+        objectName: window.detailHost && !window.regularWidth ? "detailPage" : "detailColumn"
+        parent: window.detailHost && !window.regularWidth ? window.detailHost : detailColumn
+        anchors.fill: parent
+        verb: window.selectedVerb
         queue: window.appDelegate ? window.appDelegate.queue : null
+        showsBackButton: !window.regularWidth
+        onBackRequested: stack.pop()
         onExportRequested: verb => share.exportVerb(verb)
         onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
     }
@@ -109,17 +120,18 @@ ApplicationWindow {
     Component {
         id: detailPage
 
-        VerbDetailTableView {
-            objectName: "detailPage"
-            focus: true
-            showsBackButton: true
-            onBackRequested: StackView.view.pop()
-            onExportRequested: verb => share.exportVerb(verb)
-            onOpenVerbRequested: verb => home.controller.showVerbRef(verb)
+        Item {
+            id: host
+            objectName: "detailHost"
+            Component.onCompleted: window.detailHost = host // qmllint disable unqualified
+            Component.onDestruction: if (window.detailHost === host) window.detailHost = null // qmllint disable unqualified
         }
     }
 
-    ShareSheet { id: share }
+    ShareSheet {
+        id: share
+        anchorItem: detail.exportButton
+    }
 
     // Any link of the app that no program on the system took.
     LinkFailedDialog {}

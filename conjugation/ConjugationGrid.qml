@@ -1,9 +1,11 @@
 import QtQuick
 import QtQuick.Controls
 import Norvella.Resources
+import Norvella.Conjugation
 
-// Tablet layout: the verb's title, then one 300×300 block per tense, 20 apart
-// and at least 20 from the edges, centred in the width.
+// Wide layout: the verb's title, then one block per tense. As many columns as
+// blocks of the minimum width fit, sharing the width between them; a block is
+// as tall as its forms need and never smaller than the minimum.
 Flickable {
     id: area
 
@@ -15,9 +17,40 @@ Flickable {
 
     signal modelVerbActivated()
 
-    readonly property int blockSize: 300
-    readonly property int spacing: 20
-    readonly property int columns: Math.max(1, Math.floor((width - spacing) / (blockSize + spacing)))
+    readonly property int spacing: AdaptiveLayout.spacing
+    readonly property int columns: AdaptiveLayout.gridColumns(width)
+    readonly property real blockWidth: AdaptiveLayout.blockWidth(width, columns)
+
+    // Where a block starts in the flickable's content, -1 when it does not exist.
+    function blockTop(index: int): real {
+        const block = blocks.itemAt(index)
+        if (!block)
+            return -1
+        return block.mapToItem(content, 0, 0).y + content.y
+    }
+
+    // 0 for the heading, then 1 + the block's index, as the table counts sections:
+    // the first block of the row at the top (shown a spacing below the edge).
+    function sectionAtTop(): int {
+        let section = 0
+        let rowTop = -1
+        for (let i = 0; i < blocks.count; ++i) {
+            const top = blockTop(i)
+            if (top >= 0 && top <= contentY + spacing + 1 && top > rowTop) {
+                rowTop = top
+                section = i + 1
+            }
+        }
+        return section
+    }
+
+    function showSection(section: int) {
+        grid.forceLayout()
+        content.forceLayout()
+        const top = section > 0 ? blockTop(section - 1) : -1
+        const wanted = top >= 0 ? top - spacing : 0
+        contentY = Math.max(0, Math.min(wanted, contentHeight - height))
+    }
 
     // Brings a tense block into view, scrolling no further than needed.
     function revealBlock(index: int) {
@@ -40,8 +73,7 @@ Flickable {
 
     Column {
         id: content
-        // As wide as a full row of blocks, so a mood with fewer blocks lines up with the others.
-        width: area.columns * (area.blockSize + area.spacing) - area.spacing
+        width: area.columns * (area.blockWidth + area.spacing) - area.spacing
         x: Math.max(area.spacing, (area.width - width) / 2)
         spacing: area.spacing
 
@@ -80,8 +112,8 @@ Flickable {
                 id: blocks
 
                 delegate: TenseBlock {
-                    width: 300
-                    height: 300
+                    width: area.blockWidth // qmllint disable unqualified
+                    height: Math.max(AdaptiveLayout.blockMinimum, implicitHeight)
                 }
             }
         }

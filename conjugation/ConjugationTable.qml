@@ -8,6 +8,20 @@ ListView {
     // The verb row's model verb was chosen.
     signal modelVerbActivated()
 
+    // The section whose row covers the top edge.
+    function sectionAtTop(): int {
+        const index = indexAt(width / 2, contentY + 1)
+        return index < 0 ? 0 : index
+    }
+
+    function showSection(section: int) {
+        forceLayout()
+        if (section <= 0 || section >= count)
+            positionViewAtBeginning()
+        else
+            positionViewAtIndex(section, ListView.Beginning)
+    }
+
     clip: true
     bottomMargin: 24
     boundsBehavior: Flickable.StopAtBounds

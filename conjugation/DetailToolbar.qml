@@ -10,12 +10,15 @@ ToolBar {
     property url favouriteIcon
     property string favouriteName
     property string reportName
+    property bool compact: false
+    // Where the share sheet points on wide windows.
+    readonly property alias exportButton: exportButton
 
     signal favouriteClicked()
     signal exportClicked()
     signal reportClicked()
 
-    implicitHeight: visible ? Math.max(52, Theme.minimumTouchTarget + 8) : 0
+    implicitHeight: visible ? (compact ? Theme.minimumTouchTarget : Math.max(52, Theme.minimumTouchTarget + 8)) : 0
     background: Rectangle {
         color: Theme.background
         Rectangle {
@@ -49,6 +52,7 @@ ToolBar {
     }
 
     BarButton {
+        id: exportButton
         anchors.right: parent.right
         anchors.rightMargin: 8
         anchors.verticalCenter: parent.verticalCenter

@@ -12,6 +12,22 @@ TabButton {
     property bool first: false
     property bool last: false
     property real radius: 0
+    // The widest word of the name, bold as when chosen, with the label's padding:
+    // the narrowest this segment may be without breaking a word.
+    readonly property int labelPadding: 4
+    readonly property real wordWidth: {
+        let widest = 0
+        for (const word of text.split(/\s+/))
+            widest = Math.max(widest, boldMetrics.advanceWidth(word))
+        return Math.ceil(widest) + 2 * labelPadding + 2
+    }
+
+    FontMetrics {
+        id: boldMetrics
+        font.family: segment.font.family
+        font.pixelSize: Theme.captionSize
+        font.bold: true
+    }
 
     checkable: false
     padding: 0
@@ -52,13 +68,13 @@ TabButton {
         font.bold: segment.selected
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
-        leftPadding: 4
-        rightPadding: 4
+        leftPadding: segment.labelPadding
+        rightPadding: segment.labelPadding
         // The tab size, as on the bottom tabs. Two-word names ("Andere Formen") take a
-        // second line; a word wider than the segment (large text on a small phone)
-        // breaks inside rather than shrinking or losing its end.
+        // second line; a word is never broken, the selector widens its segments
+        // to the longest word instead (see wordWidth).
         font.pixelSize: Theme.captionSize
-        wrapMode: Text.WrapAtWordBoundaryOrAnywhere
+        wrapMode: Text.WordWrap
         maximumLineCount: 3
         Accessible.ignored: true
     }

@@ -13,6 +13,7 @@ Control {
     required property string emptyNote
 
     padding: 0
+    implicitHeight: rows.y + rows.height + 12
     background: Rectangle {
         radius: 12
         color: Theme.background

@@ -1,12 +1,12 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import Norvella.Conjugation
 import Norvella.Resources
 import Norvella.Export as Export
 
 // The conjugation screen: one verb's forms, a mood at a time, as a table of
-// titled sections on narrow screens and as a grid of tense blocks on wide ones.
+// titled sections where two tense blocks do not fit side by side and as a grid
+// of blocks where they do. A change of size keeps the tense at the top.
 Page {
     id: screen
 
@@ -17,9 +17,18 @@ Page {
     property bool peeking: false
     property bool showsBackButton: false
     // The grid once two tense blocks fit side by side.
-    property bool regularWidth: width >= 660
+    readonly property bool regularWidth: AdaptiveLayout.usesGrid(width)
+    // A phone on its side: slim bars, the mood control beside the title. Read
+    // from the room the screen is given, not from its own height: the bars'
+    // heights depend on this, and through them the screen's implicit height.
+    readonly property bool compact: AdaptiveLayout.compact(parent ? parent.height : 0)
+    // The section at the top of whichever presentation shows: 0 the verb, then
+    // the tenses of the mood. Read from the scrolling, restored after a resize.
+    property int placeSection: 0
+    property bool keepingPlace: false
     // For the window's collapse rule: an empty detail column may be dropped.
     readonly property bool hasVerb: controller.hasVerb
+    readonly property Item exportButton: toolbar.exportButton
 
     signal backRequested()
     signal exportRequested(QtObject verb)
@@ -30,6 +39,65 @@ Page {
     // 2 conditional, 3 other forms.
     function selectMood(index: int) {
         controller.selectVerbTypes(index)
+    }
+
+    function notePlace(presentation: Item) {
+        if (!keepingPlace && presentation.visible)
+            placeSection = presentation === grid ? grid.sectionAtTop() : table.sectionAtTop()
+    }
+
+    function showPlace() {
+        if (regularWidth)
+            grid.showSection(placeSection)
+        else
+            table.showSection(placeSection)
+    }
+
+    // Hold the place from the first moment of a resize: the presentations
+    // scroll while their content rewraps, and that is not the user moving.
+    // The blocks and sections settle over the next frames, so the place is
+    // shown again on each of a few frames before the scrolling is the user's.
+    property int framesToHold: 0
+    function keepPlace() {
+        framesToHold = 3
+        releasePlace.restart()
+        if (keepingPlace)
+            return
+        keepingPlace = true
+        showPlaceLater.restart()
+    }
+    Timer {
+        id: showPlaceLater
+        interval: 0
+        onTriggered: screen.showPlace()
+    }
+    Connections {
+        target: screen.Window.window
+        enabled: screen.keepingPlace
+        function onFrameSwapped() {
+            screen.showPlace()
+            if (--screen.framesToHold <= 0)
+                releasePlace.triggered()
+        }
+    }
+    // Also when no frame comes (nothing changed on screen).
+    Timer {
+        id: releasePlace
+        interval: 250
+        onTriggered: {
+            stop()
+            if (screen.keepingPlace)
+                screen.showPlace()
+            screen.keepingPlace = false
+        }
+    }
+
+    onWidthChanged: keepPlace()
+    onHeightChanged: keepPlace()
+    Connections {
+        target: controller
+        function onSelectedSegmentChanged() { screen.placeSection = 0 }
+        function onVerbChanged() { screen.placeSection = 0 }
     }
 
     background: Rectangle { color: Theme.groupedBackground }
@@ -83,12 +151,16 @@ Page {
     }
 
     header: DetailBar {
+        id: bar
+        compact: screen.compact
         title: controller.title
         showsBackButton: screen.showsBackButton
         onBackRequested: screen.backRequested()
     }
 
     footer: DetailToolbar {
+        id: toolbar
+        compact: screen.compact
         visible: controller.toolbarVisible
         favouriteIcon: controller.favouriteIcon
         favouriteName: controller.favouriteName
@@ -98,41 +170,55 @@ Page {
         onExportClicked: screen.exportRequested(screen.verb)
     }
 
-    ColumnLayout {
+    Item {
+        id: moodArea
+        width: parent.width
+        height: moods.visible && !screen.compact ? moods.implicitHeight : 0
+    }
+
+    MoodSelector {
+        id: moods
+        // On a phone on its side the title bar has room for the moods, and the
+        // forms get the height a row of its own would take.
+        parent: screen.compact ? bar.accessoryArea : moodArea
         anchors.fill: parent
-        spacing: 0
+        compact: screen.compact
+        visible: controller.segmentsVisible
+        titles: controller.segmentTitles
+        currentIndex: controller.selectedSegment
+        onSegmentSelected: index => controller.selectVerbTypes(index)
+    }
 
-        MoodSelector {
-            Layout.fillWidth: true
-            visible: controller.segmentsVisible
-            titles: controller.segmentTitles
-            currentIndex: controller.selectedSegment
-            onSegmentSelected: index => controller.selectVerbTypes(index)
-        }
+    // Both presentations are fed together; the width decides which one shows.
+    ConjugationTable {
+        id: table
+        objectName: "conjugationTable"
+        anchors.top: moodArea.bottom
+        anchors.bottom: parent.bottom
+        width: parent.width
+        visible: controller.hasVerb && !screen.regularWidth
+        model: controller.tableModel
+        onModelVerbActivated: controller.openModelVerb()
+        onHeightChanged: pendingLater.restart()
+        onContentYChanged: screen.notePlace(table)
+        onVisibleChanged: screen.keepPlace()
+    }
 
-        // Both presentations are fed together; the width decides which one shows.
-        ConjugationTable {
-            id: table
-            Layout.fillWidth: true
-            onHeightChanged: pendingLater.restart()
-            Layout.fillHeight: true
-            visible: controller.hasVerb && !screen.regularWidth
-            model: controller.tableModel
-            onModelVerbActivated: controller.openModelVerb()
-        }
-
-        ConjugationGrid {
-            id: grid
-            Layout.fillWidth: true
-            onHeightChanged: pendingLater.restart()
-            Layout.fillHeight: true
-            visible: controller.hasVerb && screen.regularWidth
-            model: controller.gridModel
-            heading: controller.verbRowText
-            notes: controller.usageNotes
-            pattern: controller.pattern
-            onModelVerbActivated: controller.openModelVerb()
-        }
+    ConjugationGrid {
+        id: grid
+        objectName: "conjugationGrid"
+        anchors.top: moodArea.bottom
+        anchors.bottom: parent.bottom
+        width: parent.width
+        visible: controller.hasVerb && screen.regularWidth
+        model: controller.gridModel
+        heading: controller.verbRowText
+        notes: controller.usageNotes
+        pattern: controller.pattern
+        onModelVerbActivated: controller.openModelVerb()
+        onHeightChanged: pendingLater.restart()
+        onContentYChanged: screen.notePlace(grid)
+        onVisibleChanged: screen.keepPlace()
     }
 
     SelectVerbLabel {

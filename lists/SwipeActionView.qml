@@ -10,10 +10,13 @@ Control {
 
     // Set by the row once the list has built it.
     property SwipeAction action: null
+    // What lies over the row's trailing end (the letter index): the action
+    // reaches under it, its title stays clear of it.
+    property real trailingInset: 0
 
     anchors.right: parent ? parent.right : undefined
     height: parent ? parent.height : 0
-    width: Math.max(96, label.implicitWidth + 24)
+    width: Math.max(96, label.implicitWidth + 24) + trailingInset
     opacity: SwipeDelegate.pressed ? 0.8 : 1
     Accessible.role: Accessible.Button
     Accessible.name: action ? action.title : ""
@@ -27,7 +30,8 @@ Control {
 
     IconLabel {
         id: label
-        anchors.centerIn: parent
+        anchors.verticalCenter: parent.verticalCenter
+        x: Math.round((view.width - view.trailingInset - width) / 2)
         display: IconLabel.TextUnderIcon
         spacing: 4
         text: view.action ? view.action.title : ""

@@ -37,7 +37,7 @@ SwipeDelegate {
                                         : translation
     Access.pressable: true
     swipe.enabled: swipeEnabled && table !== null
-    swipe.right: SwipeActionView {}
+    swipe.right: SwipeActionView { trailingInset: cell.trailingInset } // qmllint disable unqualified
 
     onClicked: {
         if (swipe.position !== 0)
@@ -97,6 +97,9 @@ SwipeDelegate {
         ColumnLayout {
             Layout.fillWidth: true
             Layout.alignment: Qt.AlignVCenter
+            // The row slides aside for its action; the verb stays where it was,
+            // in the room the action leaves.
+            Layout.leftMargin: cell.swipe.rightItem ? -cell.swipe.position * cell.swipe.rightItem.width : 0
             spacing: 2
 
             Label {

@@ -28,6 +28,51 @@ Control {
         onChosen: irregular => { if (view.controller) view.controller.showsIrregular = irregular }
     }
 
+    // A reload (a settings change, a favourite marked elsewhere) keeps the verb
+    // at the top where it was, instead of jumping back to "A".
+    Timer {
+        id: restoreLater
+        interval: 0
+        onTriggered: keepTop.restore()
+    }
+    Connections {
+        id: keepTop
+        target: view.controller // qmllint disable
+        property double topVerb: -1
+        property int topRow: -1
+        property real offset: 0
+        // The first row under the top edge; an inline section header may cover
+        // the edge itself.
+        function rowAtTop(): int {
+            for (let y = list.contentY + 1; y < list.contentY + list.height; y += 4) {
+                const row = list.indexAt(list.width / 2, y)
+                if (row >= 0)
+                    return row
+            }
+            return -1
+        }
+        function onModelAboutToBeReset() {
+            topRow = rowAtTop()
+            const item = topRow >= 0 ? list.itemAtIndex(topRow) : null
+            topVerb = item ? view.controller.verbIdAt(topRow) : -1 // qmllint disable
+            offset = item ? list.contentY - item.y : 0
+        }
+        // After the view has taken in the reset, or it would undo the scrolling.
+        function onModelReset() { restoreLater.restart() }
+        function restore() {
+            const row = view.controller.rowForVerbId(topVerb, topRow) // qmllint disable
+            if (row < 0)
+                return
+            // Measured from the row itself: positioning at the beginning puts a
+            // section's header, not its first row, at the top.
+            list.positionViewAtIndex(row, ListView.Beginning)
+            const item = list.itemAtIndex(row)
+            if (item)
+                list.contentY = Math.max(list.originY, Math.min(item.y + offset,
+                                         list.originY + list.contentHeight - list.height))
+        }
+    }
+
     ListView {
         id: list
         anchors.fill: parent

@@ -27,7 +27,7 @@ QVariant VerbTableModel::data(const QModelIndex &index, int role) const
     case Qt::AccessibleTextRole:
         return verb.italian;
     case TranslationRole:
-        return verb.translation(settings());
+        return translationBeside(verb.italian, verb.translation(settings()));
     case IsFavouriteRole:
         return verb.isFavourite;
     case SectionRole:
@@ -107,6 +107,26 @@ int VerbTableModel::rowOfVerb(const Verb *verb) const
     for (size_t i = 0; i < m_rows.size(); ++i) {
         if (m_rows[i].verb.get() == verb)
             return int(i);
+    }
+    return -1;
+}
+
+double VerbTableModel::verbIdAt(int row) const
+{
+    const VerbPtr verb = verbAtRow(row);
+    return verb ? double(verb->id) : -1.0;
+}
+
+int VerbTableModel::rowForVerbId(double id, int hint) const
+{
+    const auto wanted = qint64(id);
+    if (id < 0)
+        return -1;
+    if (const VerbPtr verb = verbAtRow(hint); verb && verb->id == wanted)
+        return hint;
+    for (int row = 0; row < count(); ++row) {
+        if (const VerbPtr &verb = rowVerb(size_t(row)); verb && verb->id == wanted)
+            return row;
     }
     return -1;
 }

@@ -71,6 +71,12 @@ public:
     VerbPtr verbAtRow(int row) const;
     int rowOfVerb(const Verb *verb) const;
 
+    // For a view keeping its place across a reload: the verb at a row (-1 for
+    // none), and where that verb is now, trying the old row first because most
+    // reloads leave the order as it was.
+    Q_INVOKABLE double verbIdAt(int row) const;
+    Q_INVOKABLE int rowForVerbId(double id, int hint = -1) const;
+
     // A tap on a row: the lists open the detail column with its verb.
     Q_INVOKABLE virtual void selectRow(int row);
     // The row's one trailing action, or null when it has none. Building it

@@ -1,6 +1,7 @@
 // The whole window, loaded as the app loads it, at phone and tablet sizes and driven through
 // tabs, search, a verb, a swipe and a resize: any QML warning fails.
 // NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
+#include "AdaptiveLayout.h"
 #include "AppDelegate.h"
 #include "ConjugationServices.h"
 #include "CrashLog.h"
@@ -132,7 +133,7 @@ private slots:
             waitForPages();
 
             // Pressing the bottom of the letter index jumps to the last section.
-            const int columnWidth = size.width() < 700 ? size.width() : 410;
+            const int columnWidth = int(AdaptiveLayout::primaryWidth(size.width()));
             const QList<QQuickItem *> all = qml.items(false);
             const auto listView = std::find_if(all.begin(), all.end(), [&](QQuickItem *item) {
                 return item->inherits("QQuickListView") && item->property("model").value<QObject *>() == list;
@@ -181,7 +182,7 @@ private slots:
             render("search-result-chosen");
             QVERIFY(detailShows(QStringLiteral("andare")));
 
-            // Across the 700 px line and back, with a verb chosen.
+            // Into and out of the side-by-side layout, with a verb chosen.
             m_window->resize(size.width() < 700 ? QSize(1024, 768) : QSize(390, 844));
             render();
             m_window->resize(size);

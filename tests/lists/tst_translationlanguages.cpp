@@ -113,7 +113,8 @@ private slots:
         row("pt", "pt", "en-GB", "O portuguese", "O portuguese", "portuguese", "O", "portuguese",
             "simplified_portuguese");
         row("tr", "tr", "de-DE", "T turkish", "", "english", "E", "english", "english");
-        row("it", "it", "de-DE", "parlare", "parlare", "simplified_italian", "P", "italian", "simplified_italian");
+        // Italian as the translation language: the row does not repeat its own infinitive.
+        row("it", "it", "de-DE", "parlare", "", "simplified_italian", "P", "italian", "simplified_italian");
 
         row("device en-US", "", "en-US", "E english", "E english", "english", "E", "english", "english");
         row("device de-AT", "", "de-AT", "G german", "G german", "simplified_german", "H", "german",
@@ -127,7 +128,7 @@ private slots:
             "simplified_portuguese");
         // Turkish only ever by the setting.
         row("device tr-TR", "", "tr-TR", "E english", "E english", "english", "E", "english", "english");
-        row("device it-IT", "", "it-IT", "parlare", "parlare", "simplified_italian", "P", "italian",
+        row("device it-IT", "", "it-IT", "parlare", "", "simplified_italian", "P", "italian",
             "simplified_italian");
     }
 
