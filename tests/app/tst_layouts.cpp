@@ -22,14 +22,9 @@
 
 #include <QQuickItem>
 #include <QTemporaryDir>
-#include <QtQml/qqmlextensionplugin.h>
 
-Q_IMPORT_QML_PLUGIN(Norvella_AppPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ListsPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ResourcesPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ConjugationPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_ExportPlugin)
-Q_IMPORT_QML_PLUGIN(Norvella_SettingsPlugin)
+#define NORVELLA_QML_ALL
+#include "QmlModules.h"
 
 using namespace norvella;
 
