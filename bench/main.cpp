@@ -266,6 +266,9 @@ constexpr int StatementStrideWithoutConjugations = 2;
 // An index run that overruns this per combination falls back to the
 // statement's keystrokes; an index within the targets needs a fraction of it.
 constexpr double IndexBudgetMs = 4000;
+// The index has to beat the statement 20-fold only where the statement is
+// slow enough for the difference to be seen: a frame or more.
+constexpr double RatioJudgedFromMs = 16;
 
 void benchSearch(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Settings &settings,
                  const QStringList &queries)
@@ -372,10 +375,19 @@ void benchSearch(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Se
         report.add(QStringLiteral("search.literal.p99.") + name, percentile(statementTimes, 0.99), QStringLiteral("ms"),
                    {}, statementNote);
         // Medians over the same keystrokes, so the sampling cannot favour either side.
-        const double ratio = percentile(pairedStatement, 0.5) / percentile(pairedIndex, 0.5);
-        minimumRatio = std::min(minimumRatio, ratio);
-        report.add(QStringLiteral("search.literal-ratio.") + name, ratio, QStringLiteral("x"), Target::atLeast(20),
-                   QStringLiteral("literal p50 / index p50, same keystrokes"));
+        const double statementMedian = percentile(pairedStatement, 0.5);
+        const double ratio = statementMedian / percentile(pairedIndex, 0.5);
+        // A statement that already answers within a frame leaves the index
+        // nothing a user could notice: the ratio is shown, not judged.
+        const bool judged = statementMedian >= RatioJudgedFromMs;
+        if (judged)
+            minimumRatio = std::min(minimumRatio, ratio);
+        report.add(QStringLiteral("search.literal-ratio.") + name, ratio, QStringLiteral("x"),
+                   judged ? Target::atLeast(20) : Target{},
+                   judged ? QStringLiteral("literal p50 / index p50, same keystrokes")
+                          : QStringLiteral("literal p50 / index p50, same keystrokes; not judged: the literal p50 "
+                                           "is under %1 ms")
+                                    .arg(RatioJudgedFromMs));
     }
 
     report.section(QStringLiteral("Search, all combinations"));
@@ -387,8 +399,10 @@ void benchSearch(Report &report, const std::shared_ptr<DatabaseQueue> &queue, Se
                QStringLiteral("%1 keystrokes").arg(allStatement.size()));
     report.add(QStringLiteral("search.literal.p99.all"), percentile(allStatement, 0.99), QStringLiteral("ms"), {},
                QStringLiteral("%1 keystrokes").arg(allStatement.size()));
-    report.add(QStringLiteral("search.literal-ratio.min"), minimumRatio, QStringLiteral("x"), Target::atLeast(20),
-               QStringLiteral("lowest of the 16 combinations"));
+    const bool anyJudged = !std::isinf(minimumRatio);
+    report.add(QStringLiteral("search.literal-ratio.min"), anyJudged ? minimumRatio : qQNaN(), QStringLiteral("x"),
+               anyJudged ? Target::atLeast(20) : Target{},
+               QStringLiteral("lowest of the combinations whose literal p50 is %1 ms or more").arg(RatioJudgedFromMs));
     report.add(QStringLiteral("search.compared"), compared, QStringLiteral("count"), {},
                QStringLiteral("keystrokes run by both"));
     report.add(QStringLiteral("search.mismatches"), mismatches, QStringLiteral("count"), Target::atMost(0),

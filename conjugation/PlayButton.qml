@@ -21,6 +21,19 @@ Button {
     background: null
     Access.pressable: true
 
+    // At rest the ring is only its track: a plain circle costs the software
+    // renderer nothing, where every painted ring keeps an image and a painter
+    // of its own, and a verb's page has one in each of its rows.
+    Rectangle {
+        z: -1
+        anchors.centerIn: parent
+        width: 34
+        height: 34
+        radius: 17
+        color: Theme.pressed
+        visible: !ring.visible
+    }
+
     RoundProgressView {
         id: ring
         z: -1
@@ -29,6 +42,7 @@ Button {
         height: 34
         tintColor: Theme.primary
         trackColor: Theme.pressed
+        visible: button.speaking || progress > 0
     }
 
     Rectangle {

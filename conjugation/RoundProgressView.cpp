@@ -18,6 +18,16 @@ RoundProgressView::RoundProgressView(QQuickItem *parent) : QQuickPaintedItem(par
     connect(&m_frameTimer, &QTimer::timeout, this, &RoundProgressView::advanceAnimation);
 }
 
+void RoundProgressView::itemChange(ItemChange change, const ItemChangeData &value)
+{
+    if (change == ItemVisibleHasChanged) {
+        setFlag(ItemHasContents, value.boolValue);
+        if (value.boolValue)
+            update();
+    }
+    QQuickPaintedItem::itemChange(change, value);
+}
+
 void RoundProgressView::setProgress(float progress)
 {
     setProgress(progress, m_progress < progress);

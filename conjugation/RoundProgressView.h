@@ -52,6 +52,11 @@ signals:
     void animationDurationChanged();
     void presentationProgressChanged();
 
+protected:
+    // Drawn only while visible: the software renderer otherwise keeps an image
+    // and a painter for every ring of every row, shown or not.
+    void itemChange(ItemChange change, const ItemChangeData &value) override;
+
 private:
     void setPresentationProgress(float value);
     void advanceAnimation();

@@ -1,5 +1,6 @@
 #include "VerbExport.h"
 
+#include "ExportScriptEngine.h"
 #include "IrregularMarks.h"
 #include "Settings.h"
 #include "Strings.h"
@@ -111,11 +112,12 @@ bool readText(const QString &path, QString *text, QString *error)
 }
 
 // The document a render call produced, or a null string when it gave none.
-QString evaluateDocument(QJSEngine &engine, const QString &call)
+QString evaluateDocument(QJSEngine &engine, const QString &call, bool *faulted)
 {
     const QJSValue value = engine.evaluate(call);
     if (value.isError()) {
         qWarning().noquote() << QStringLiteral("JS Error: ") + value.toString();
+        *faulted = true;
         return {};
     }
     if (value.isUndefined() || value.isNull())
@@ -244,14 +246,12 @@ VerbExport::Result VerbExport::render(const Verb &verb) const
         return result;
     }
 
-    // A fresh engine each time: nothing a template did survives into the next export.
-    QJSEngine engine;
-    const QJSValue loaded = engine.evaluate(script);
-    if (loaded.isError())
-        qWarning().noquote() << QStringLiteral("JS Error: ") + loaded.toString();
-
-    const QString html = evaluateDocument(engine, renderCall(htmlTemplate, json));
-    const QString text = evaluateDocument(engine, renderCall(textTemplate, json));
+    ExportScriptEngine scripts(script);
+    bool faulted = !scripts.loaded();
+    const QString html = evaluateDocument(scripts.engine(), renderCall(htmlTemplate, json), &faulted);
+    const QString text = evaluateDocument(scripts.engine(), renderCall(textTemplate, json), &faulted);
+    if (faulted)
+        scripts.discard();
     if (html.isNull() || text.isNull())
         return result;
     result.status = Status::Rendered;

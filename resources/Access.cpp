@@ -17,10 +17,24 @@ FocusRing::FocusRing(QQuickItem *control) : QQuickPaintedItem(control), m_contro
 {
     setZ(1000);
     setVisible(false);
+    setFlag(ItemHasContents, false);
     setAntialiasing(true);
     connect(control, &QQuickItem::widthChanged, this, &FocusRing::follow);
     connect(control, &QQuickItem::heightChanged, this, &FocusRing::follow);
     follow();
+}
+
+// The software renderer draws a painted item into an image of its own, with a
+// painter kept beside it, whether the item shows or not; every pressable
+// control has a ring, so only a ring on screen may have contents.
+void FocusRing::itemChange(ItemChange change, const ItemChangeData &value)
+{
+    if (change == ItemVisibleHasChanged) {
+        setFlag(ItemHasContents, value.boolValue);
+        if (value.boolValue)
+            update();
+    }
+    QQuickPaintedItem::itemChange(change, value);
 }
 
 void FocusRing::follow()

@@ -17,6 +17,9 @@ public:
     explicit FocusRing(QQuickItem *control);
     void paint(QPainter *painter) override;
 
+protected:
+    void itemChange(ItemChange change, const ItemChangeData &value) override;
+
 private:
     void follow();
     QQuickItem *m_control;
