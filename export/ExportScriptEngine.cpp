@@ -2,34 +2,11 @@
 
 #include "CrashLog.h"
 
-#include <QCoreApplication>
 #include <QDebug>
-#include <QJSEngine>
-#include <QPointer>
-#include <QThread>
 
 namespace norvella {
 
 namespace {
-
-struct KeptEngine
-{
-    // Owned by the application object, so it goes before the application does.
-    QPointer<QJSEngine> engine;
-    QString script;
-};
-
-KeptEngine &kept()
-{
-    static KeptEngine engine;
-    return engine;
-}
-
-bool onApplicationThread()
-{
-    const QCoreApplication *application = QCoreApplication::instance();
-    return application && QThread::currentThread() == application->thread();
-}
 
 // mustache.js tokenises by cutting the rest of the template off after every
 // tag (`tail = tail.substring(...)`). The engine copies each cut, and as the
@@ -97,26 +74,7 @@ bool evaluateScript(QJSEngine &engine, const QString &script)
 
 ExportScriptEngine::ExportScriptEngine(const QString &script)
 {
-    if (!onApplicationThread()) {
-        m_ownEngine = std::make_unique<QJSEngine>();
-        m_engine = m_ownEngine.get();
-        m_loaded = evaluateScript(*m_engine, script);
-        return;
-    }
-    KeptEngine &keptEngine = kept();
-    m_kept = true;
-    if (keptEngine.engine && keptEngine.script == script) {
-        m_engine = keptEngine.engine;
-        m_loaded = true;
-        return;
-    }
-    delete keptEngine.engine;
-    keptEngine.engine = new QJSEngine(QCoreApplication::instance());
-    keptEngine.script = script;
-    m_engine = keptEngine.engine;
-    m_loaded = evaluateScript(*m_engine, script);
-    // A script that failed is loaded again, whole, by the next export.
-    m_discard = !m_loaded;
+    m_loaded = evaluateScript(m_engine, script);
 }
 
 void ExportScriptEngine::speedUpScanner(QJSEngine &engine)
@@ -124,15 +82,6 @@ void ExportScriptEngine::speedUpScanner(QJSEngine &engine)
     const QJSValue patched = engine.evaluate(QString::fromUtf16(scannerScript));
     if (patched.isError())
         CrashLog::log(QStringLiteral("The export keeps mustache's own scanner: ") + patched.toString());
-}
-
-ExportScriptEngine::~ExportScriptEngine()
-{
-    if (m_kept && m_discard) {
-        KeptEngine &keptEngine = kept();
-        delete keptEngine.engine;
-        keptEngine.script.clear();
-    }
 }
 
 } // namespace norvella

@@ -112,12 +112,11 @@ bool readText(const QString &path, QString *text, QString *error)
 }
 
 // The document a render call produced, or a null string when it gave none.
-QString evaluateDocument(QJSEngine &engine, const QString &call, bool *faulted)
+QString evaluateDocument(QJSEngine &engine, const QString &call)
 {
     const QJSValue value = engine.evaluate(call);
     if (value.isError()) {
         qWarning().noquote() << QStringLiteral("JS Error: ") + value.toString();
-        *faulted = true;
         return {};
     }
     if (value.isUndefined() || value.isNull())
@@ -246,12 +245,10 @@ VerbExport::Result VerbExport::render(const Verb &verb) const
         return result;
     }
 
+    // A fresh engine each time: nothing a template did survives into the next export.
     ExportScriptEngine scripts(script);
-    bool faulted = !scripts.loaded();
-    const QString html = evaluateDocument(scripts.engine(), renderCall(htmlTemplate, json), &faulted);
-    const QString text = evaluateDocument(scripts.engine(), renderCall(textTemplate, json), &faulted);
-    if (faulted)
-        scripts.discard();
+    const QString html = evaluateDocument(scripts.engine(), renderCall(htmlTemplate, json));
+    const QString text = evaluateDocument(scripts.engine(), renderCall(textTemplate, json));
     if (html.isNull() || text.isNull())
         return result;
     result.status = Status::Rendered;

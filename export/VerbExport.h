@@ -10,9 +10,8 @@ namespace norvella {
 class Settings;
 
 // Renders one loaded verb into an HTML and a plain-text document through the
-// bundled Mustache templates. Every render reads the resources anew; the
-// script engine that runs mustache.js is kept between renders (see
-// ExportScriptEngine), which holds nothing but the script and parsed templates.
+// bundled Mustache templates. Stateless: every render reads the resources and
+// runs mustache.js in a script engine of its own.
 class VerbExport
 {
 public:

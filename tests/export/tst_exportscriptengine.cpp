@@ -1,12 +1,7 @@
 #include "ExportScriptEngine.h"
-#include "Settings.h"
-#include "Strings.h"
-#include "VerbExport.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJSEngine>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace norvella;
@@ -31,15 +26,6 @@ QString parsed(QJSEngine &engine, const QString &templateText)
             .toString();
 }
 
-Verb essere()
-{
-    Verb verb;
-    verb.italian = QStringLiteral("essere");
-    verb.english = QStringLiteral("to be");
-    verb.indicativoPresente = {{QStringLiteral("io"), QStringLiteral("sono"), QStringLiteral("6"), 1, {}}};
-    return verb;
-}
-
 } // namespace
 
 class ExportScriptEngineTest : public QObject
@@ -47,15 +33,6 @@ class ExportScriptEngineTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        QVERIFY(m_dir.isValid());
-        m_settings.reset(new Settings(m_dir.filePath(QStringLiteral("settings.json"))));
-        m_settings->clear();
-        PreferredLanguages::setOverride({QStringLiteral("en-US")});
-        Strings::shared().selectLanguage({QStringLiteral("en-US")});
-    }
-
     void fasterScannerGivesMustachesOwnTokens_data()
     {
         QTest::addColumn<QString>("templateText");
@@ -98,61 +75,6 @@ private slots:
         ExportScriptEngine::speedUpScanner(engine);
         QVERIFY(engine.evaluate(QStringLiteral("typeof Mustache")).toString() == QStringLiteral("undefined"));
     }
-
-    // The engine is kept between exports; what one export's script or template
-    // did must not reach the next.
-    void keptEngineFollowsTheScriptAndForgetsFailures()
-    {
-        const VerbExport::Result bundled = VerbExport(*m_settings).render(essere());
-        QCOMPARE(bundled.status, VerbExport::Status::Rendered);
-
-        const QString other = bundleCopy();
-        writeFile(other + QStringLiteral("/mustache.min.js"),
-                  "var Mustache = {render: function (t, v) { return 'other ' + v.italian; }};");
-        const VerbExport::Result replaced = VerbExport(*m_settings, other).render(essere());
-        QCOMPARE(replaced.documents.html, QStringLiteral("other essere"));
-        QCOMPARE(VerbExport(*m_settings).render(essere()).documents.html, bundled.documents.html);
-
-        const QString broken = bundleCopy();
-        writeFile(broken + QStringLiteral("/export_html.mustache"), "{{italian}} ` broken");
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^JS Error: SyntaxError")));
-        QCOMPARE(VerbExport(*m_settings, broken).render(essere()).status, VerbExport::Status::Nothing);
-        QCOMPARE(VerbExport(*m_settings).render(essere()).documents.html, bundled.documents.html);
-
-        const QString throwing = bundleCopy();
-        writeFile(throwing + QStringLiteral("/mustache.min.js"), "throw new Error('no engine today');");
-        QTest::ignoreMessage(QtWarningMsg, "JS Error: Error: no engine today");
-        QTest::ignoreMessage(QtWarningMsg, "JS Error: ReferenceError: Mustache is not defined");
-        QTest::ignoreMessage(QtWarningMsg, "JS Error: ReferenceError: Mustache is not defined");
-        QCOMPARE(VerbExport(*m_settings, throwing).render(essere()).status, VerbExport::Status::Nothing);
-        const VerbExport::Result again = VerbExport(*m_settings).render(essere());
-        QCOMPARE(again.documents.html, bundled.documents.html);
-        QCOMPARE(again.documents.text, bundled.documents.text);
-    }
-
-private:
-    QString bundleCopy()
-    {
-        const QString folder = m_dir.filePath(QStringLiteral("bundle-%1").arg(++m_copies));
-        QDir().mkpath(folder);
-        for (const QString name : {"mustache.min.js", "export_html.mustache", "export_txt.mustache"}) {
-            if (!QFile::copy(QStringLiteral(":/norvella/export/") + name, folder + QLatin1Char('/') + name))
-                qFatal("cannot copy %s", qPrintable(name));
-            QFile::setPermissions(folder + QLatin1Char('/') + name, QFile::ReadOwner | QFile::WriteOwner);
-        }
-        return folder;
-    }
-
-    static void writeFile(const QString &path, const QByteArray &text)
-    {
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(text) != text.size())
-            qFatal("cannot write %s", qPrintable(path));
-    }
-
-    QTemporaryDir m_dir;
-    std::unique_ptr<Settings> m_settings;
-    int m_copies = 0;
 };
 
 QTEST_GUILESS_MAIN(ExportScriptEngineTest)
