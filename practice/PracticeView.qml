@@ -47,7 +47,7 @@ Page {
         ToolBar {
             width: parent.width
             implicitHeight: Math.max(56, titleLabel.implicitHeight + 24)
-            background: Rectangle { color: Theme.primary }
+            background: Rectangle { color: Theme.bar }
 
             ToolButton {
                 id: closeButton
@@ -59,7 +59,7 @@ Page {
                 icon.color: Theme.barText
                 background: Rectangle {
                     radius: 6
-                    color: closeButton.down ? Qt.darker(Theme.primary, 1.25) : Theme.primary
+                    color: closeButton.down ? Theme.barPressed : "transparent"
                 }
                 Accessible.name: L10n.text("action.back")
                 Access.pressable: true
