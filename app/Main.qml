@@ -36,7 +36,8 @@ ApplicationWindow {
     palette.text: Theme.text
     palette.button: Theme.background
     palette.buttonText: Theme.text
-    palette.brightText: Theme.barText
+    // The style writes a highlighted button's text in brightText over the highlight.
+    palette.brightText: Theme.selectionText
     palette.highlight: Theme.selection
     palette.highlightedText: Theme.selectionText
     palette.placeholderText: Theme.secondaryText
