@@ -13,19 +13,23 @@ constexpr std::array single{"mi", "ti", "ci", "vi", "si", "lo", "la", "li", "le"
 constexpr std::array combining{"me", "te", "ce", "ve", "se", "glie"};
 constexpr std::array combined{"lo", "la", "li", "le", "ne"};
 
+// Before the verb the pairs stand as two words ("me lo"), except gli's, which
+// are written as one ("glielo").
 bool isProclitic(const QString &word)
 {
-    for (const char *pronoun : single)
-        if (word == QLatin1String(pronoun))
-            return true;
-    for (const char *first : combining) {
-        if (word == QLatin1String(first) && qstrcmp(first, "glie") != 0)
-            return true;
+    static const QStringList words = [] {
+        QStringList list;
+        for (const char *pronoun : single)
+            list << QLatin1String(pronoun);
+        for (const char *first : combining) {
+            if (qstrcmp(first, "glie") != 0)
+                list << QLatin1String(first);
+        }
         for (const char *second : combined)
-            if (qstrcmp(first, "glie") == 0 && word == QLatin1String(first) + QLatin1String(second))
-                return true;
-    }
-    return false;
+            list << QStringLiteral("glie") + QLatin1String(second);
+        return list;
+    }();
+    return words.contains(word);
 }
 
 // "l'ho", "m'ha", "c'era", "n'ho": the pronoun elided before a vowel.
