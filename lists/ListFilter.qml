@@ -58,7 +58,7 @@ Rectangle {
                     width: parent.width
                     height: Math.min(parent.height, 34)
                     radius: height / 2
-                    color: chip.selected ? Theme.primary : "transparent"
+                    color: chip.selected ? Theme.selection : "transparent"
                     border.width: chip.selected ? 0 : 1
                     border.color: Theme.separator
                 }
@@ -67,7 +67,7 @@ Rectangle {
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                     font.bold: chip.selected
-                    color: chip.selected ? Theme.barText : Theme.text
+                    color: chip.selected ? Theme.selectionText : Theme.text
                 }
             }
         }
