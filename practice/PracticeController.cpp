@@ -2,7 +2,6 @@
 
 #include "CrashLog.h"
 #include "FormAnalysis.h"
-#include "PracticeOptions.h"
 #include "Settings.h"
 #include "Sm2.h"
 #include "SpeechSynthesizer.h"
@@ -56,7 +55,7 @@ void PracticeController::setMode(int mode)
 
 SessionOptions PracticeController::currentOptions() const
 {
-    SessionOptions options = PracticeOptions::read(settings());
+    SessionOptions options = readOptions(settings());
     options.today = today();
     if (options.deck == PracticeDeck::OneVerb && queue()) {
         // "One verb" is the verb the learner opened last.

@@ -1,5 +1,6 @@
 #include "PracticeData.h"
 
+#include "PracticeOptions.h"
 #include "VerbRepository.h"
 
 namespace norvella {
@@ -49,6 +50,19 @@ void PracticeDataClient::setQueue(std::shared_ptr<DatabaseQueue> queue)
         m_ownData = own;
     }
     m_ownData->setQueue(std::move(queue));
+}
+
+PracticeDeck PracticeDataClient::fallbackDeck() const
+{
+    PracticeDeck deck = PracticeDeck::Favourites;
+    if (const auto q = queue())
+        q->inDatabase([&](Database &db) { deck = SessionBuilder::defaultDeck(db); });
+    return deck;
+}
+
+SessionOptions PracticeDataClient::readOptions(const Settings &settings) const
+{
+    return PracticeOptions::read(settings, fallbackDeck());
 }
 
 void PracticeDataClient::attach(PracticeData *data)

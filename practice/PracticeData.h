@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PracticeStore.h"
+#include "SessionBuilder.h"
 
 #include <QObject>
 #include <QPointer>
@@ -10,6 +11,7 @@
 
 namespace norvella {
 
+class Settings;
 class VerbRepository;
 
 // The learner's practice tables over the app's one queue: made once by the
@@ -60,6 +62,9 @@ public:
     void setQueue(std::shared_ptr<DatabaseQueue> queue);
     PracticeStore *store() const { return m_data ? m_data->store() : nullptr; }
     std::shared_ptr<DatabaseQueue> queue() const { return m_data ? m_data->queue() : nullptr; }
+    // The learner's choices, with the deck they get while they have chosen none.
+    SessionOptions readOptions(const Settings &settings) const;
+    PracticeDeck fallbackDeck() const;
 
 signals:
     void queueChanged();

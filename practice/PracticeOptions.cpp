@@ -42,10 +42,11 @@ int limit(const Settings &settings, const QString &key, int fallback)
 }
 } // namespace
 
-SessionOptions read(const Settings &settings)
+SessionOptions read(const Settings &settings, PracticeDeck fallbackDeck)
 {
     SessionOptions options;
-    const qint64 deck = settings.integerForKey(Deck);
+    options.deck = fallbackDeck;
+    const qint64 deck = settings.contains(Deck) ? settings.integerForKey(Deck) : -1;
     if (deck >= int(PracticeDeck::Favourites) && deck <= int(PracticeDeck::OneVerb))
         options.deck = PracticeDeck(deck);
     const QList<int> tenses = numbers(settings.stringForKey(Tenses), PracticeCards::practisableTenses());
@@ -61,9 +62,10 @@ SessionOptions read(const Settings &settings)
     return options;
 }
 
-void write(Settings &settings, const SessionOptions &options)
+void write(Settings &settings, const SessionOptions &options, bool withDeck)
 {
-    settings.setInteger(Deck, int(options.deck));
+    if (withDeck)
+        settings.setInteger(Deck, int(options.deck));
     settings.setString(Tenses, joined(options.tenses));
     QList<int> persons = options.persons;
     std::sort(persons.begin(), persons.end());

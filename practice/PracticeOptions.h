@@ -20,8 +20,10 @@ inline constexpr int DefaultNewPerDay = 10;
 inline constexpr int DefaultReviewsPerDay = 100;
 inline constexpr int MaximumPerDay = 999;
 
-SessionOptions read(const Settings &settings);
-void write(Settings &settings, const SessionOptions &options);
+// fallbackDeck stands in while the learner has not chosen a deck.
+SessionOptions read(const Settings &settings, PracticeDeck fallbackDeck = PracticeDeck::Favourites);
+// Without withDeck the deck stays unchosen, so it keeps following the fallback.
+void write(Settings &settings, const SessionOptions &options, bool withDeck = true);
 
 } // namespace PracticeOptions
 

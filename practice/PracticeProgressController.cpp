@@ -55,19 +55,23 @@ void PracticeProgressController::refresh()
         });
     }
     emit progressChanged();
+    // An unchosen deck follows the favourites, which may have changed meanwhile.
+    emit choicesChanged();
 }
 
 void PracticeProgressController::change(const std::function<void(SessionOptions &)> &edit)
 {
-    SessionOptions options = PracticeOptions::read(settings());
+    const bool deckChosen = settings().contains(PracticeOptions::Deck);
+    SessionOptions options = readOptions(settings());
+    const PracticeDeck before = options.deck;
     edit(options);
-    PracticeOptions::write(settings(), options);
+    PracticeOptions::write(settings(), options, deckChosen || options.deck != before);
     emit choicesChanged();
 }
 
 int PracticeProgressController::deck() const
 {
-    return int(PracticeOptions::read(settings()).deck);
+    return int(readOptions(settings()).deck);
 }
 
 void PracticeProgressController::setDeck(int deck)
@@ -89,7 +93,7 @@ QStringList PracticeProgressController::deckTitles() const
 
 QVariantList PracticeProgressController::tenseChoices() const
 {
-    const QList<int> chosen = PracticeOptions::read(settings()).tenses;
+    const QList<int> chosen = readOptions(settings()).tenses;
     QVariantList list;
     for (int tense : PracticeCards::practisableTenses()) {
         list << QVariantMap{{QStringLiteral("type"), tense},
@@ -102,7 +106,7 @@ QVariantList PracticeProgressController::tenseChoices() const
 
 QVariantList PracticeProgressController::personChoices() const
 {
-    const QList<int> chosen = PracticeOptions::read(settings()).persons;
+    const QList<int> chosen = readOptions(settings()).persons;
     QVariantList list;
     for (int person = 1; person <= 6; ++person) {
         list << QVariantMap{{QStringLiteral("person"), person},
@@ -114,7 +118,7 @@ QVariantList PracticeProgressController::personChoices() const
 
 int PracticeProgressController::newPerDay() const
 {
-    return PracticeOptions::read(settings()).newPerDay;
+    return readOptions(settings()).newPerDay;
 }
 
 void PracticeProgressController::setNewPerDay(int count)
@@ -125,7 +129,7 @@ void PracticeProgressController::setNewPerDay(int count)
 
 int PracticeProgressController::reviewsPerDay() const
 {
-    return PracticeOptions::read(settings()).reviewsPerDay;
+    return readOptions(settings()).reviewsPerDay;
 }
 
 void PracticeProgressController::setReviewsPerDay(int count)

@@ -50,6 +50,12 @@ QList<qint64> deckVerbs(Database &db, PracticeDeck deck, qint64 verbId)
     return verbs;
 }
 
+PracticeDeck defaultDeck(Database &db)
+{
+    auto rows = db.executeQuery(QStringLiteral("SELECT 1 FROM favourite LIMIT 1"));
+    return rows && rows->next() ? PracticeDeck::Favourites : PracticeDeck::Top100;
+}
+
 QList<SessionCard> build(const QList<qint64> &deck, const QHash<quint64, PracticeCard> &cards,
                          const SessionOptions &options, const PersonsOf &personsOf)
 {

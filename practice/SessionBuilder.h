@@ -41,6 +41,10 @@ namespace SessionBuilder {
 // The deck's verbs, most frequent first (then alphabetical).
 QList<qint64> deckVerbs(Database &db, PracticeDeck deck, qint64 verbId);
 
+// The deck of a learner who has not chosen one: their favourites, or the
+// most common verbs while they keep none, so a first visit has cards.
+PracticeDeck defaultDeck(Database &db);
+
 // Which persons a verb has in a tense (0 for the forms without one).
 using PersonsOf = std::function<QList<int>(qint64 verbId, int tense)>;
 

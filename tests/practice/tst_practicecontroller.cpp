@@ -160,6 +160,38 @@ private slots:
         QCOMPARE(controller.chosenOption(), (right + 1) % 4);
     }
 
+    // A learner who never chose a deck practises their favourites, or the
+    // most common verbs while they keep none, so a first visit has cards;
+    // changing another choice does not pin the deck.
+    void anUnchosenDeckFollowsTheFavourites()
+    {
+        QVERIFY(test::runSql(path(), QStringLiteral("DELETE FROM favourite; UPDATE verb SET frequency_rank = 1 WHERE _id = 3;")));
+        Settings fresh(m_dir->filePath(QStringLiteral("fresh.json")));
+        PracticeController controller;
+        controller.setSettings(&fresh);
+        controller.setToday(Today);
+        controller.setQueue(std::make_shared<DatabaseQueue>(path()));
+        PracticeProgressController page;
+        page.setSettings(&fresh);
+        page.setPracticeData(controller.practiceData());
+        QCOMPARE(page.deck(), int(PracticeDeck::Top100));
+        controller.start();
+        QVERIFY(controller.hasCard());
+        QCOMPARE(controller.infinitive(), QStringLiteral("mangiare"));
+
+        page.setNewPerDay(5);
+        QVERIFY(!fresh.contains(PracticeOptions::Deck));
+        QVERIFY(test::runSql(path(), QStringLiteral("INSERT INTO favourite(verbid) VALUES (1);")));
+        QCOMPARE(page.deck(), int(PracticeDeck::Favourites));
+        controller.start();
+        QCOMPARE(controller.infinitive(), QStringLiteral("andare"));
+
+        // Once chosen, the deck stays whatever the favourites do.
+        page.setDeck(int(PracticeDeck::Top100));
+        controller.start();
+        QCOMPARE(controller.infinitive(), QStringLiteral("mangiare"));
+    }
+
 private:
     QString path() const { return m_dir->filePath(QStringLiteral("verbs.db")); }
     std::unique_ptr<QTemporaryDir> m_dir;
