@@ -136,7 +136,15 @@ Page {
             table.revealSection(pendingReveal)
         pendingReveal = -1
     }
-    Component.onCompleted: if (controller.matchedSection >= 0) revealLater.restart()
+    Component.onCompleted: {
+        // Tab walks the page's children in order, and Page adds the footer
+        // first, so the first Tab went to the bottom toolbar: moving the
+        // footer to the end of the children puts it last, as it reads.
+        toolbar.parent = null
+        toolbar.parent = screen
+        if (controller.matchedSection >= 0)
+            revealLater.restart()
+    }
 
     // After the bindings and the reset views have settled.
     Timer {
