@@ -125,7 +125,7 @@ private slots:
             QSKIP("no tmpfs can be mounted here");
         QCOMPARE(process.exitCode(), 0);
         QVERIFY2(err.contains("Unable to initialise database"), err.constData());
-        QCOMPARE(fileBytes(after + QStringLiteral("/verbs.db")), fileBytes(seed + QStringLiteral("/verbs.db")));
+        QCOMPARE(test::readFile(after + QStringLiteral("/verbs.db")), test::readFile(seed + QStringLiteral("/verbs.db")));
         QCOMPARE(QDir(after).entryList({QStringLiteral("verbs.db.new*")}), QStringList());
         QCOMPARE(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion), OldVersion);
 
@@ -268,11 +268,6 @@ private:
         }
     }
 
-    static QByteArray fileBytes(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
     QString working() const { return m_app->working(); }
     QString settingsPath() const { return m_app->settingsPath(); }
 

@@ -6,6 +6,7 @@
 #include "PermissionsEnforced.h"
 #include "PropertyList.h"
 #include "Settings.h"
+#include "TestSupport.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -18,20 +19,10 @@
 #include <cstdlib>
 
 using namespace norvella;
+using test::readFile;
+using test::writeFile;
 
 namespace {
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
 
 bool exists(const QString &path)
 {
