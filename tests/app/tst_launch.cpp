@@ -1,8 +1,7 @@
 // The app's controllers without a window: the launch (database, settings, old settings
-// file), quick actions, the theme's contrast, the home screen's tabs and rows, the drawer.
+// file), quick actions, the home screen's tabs and rows, the drawer.
 #include "Analytics.h"
 #include "AppDelegate.h"
-#include "Appearance.h"
 #include "CrashLog.h"
 #include "HomeViewController.h"
 #include "MoreAppsTableViewController.h"
@@ -17,8 +16,6 @@
 #include <QtTest>
 
 #include <plist/plist.h>
-
-#include <tuple>
 
 using namespace norvella;
 
@@ -195,24 +192,6 @@ private slots:
         delegate.setCollapsed(true);
         delegate.performActionForShortcutItem(QStringLiteral("com.quorbel.shortcut.search"));
         QCOMPARE(focus.count(), 1);
-    }
-
-    // The theme's colours on each background the screens put them on: text 4.5:1, icons 3:1.
-    void themeColoursKeepTextReadable()
-    {
-        Appearance &theme = Appearance::shared();
-        QVERIFY(theme.load());
-        const QList<std::tuple<const char *, QColor, QColor, double>> pairs{
-                {"bar title", theme.barText(), theme.primary(), 4.5},
-                {"selected mood", theme.barText(), theme.secondary(), 4.5},
-                {"tense title", theme.primary(), theme.groupedBackground(), 4.5},
-                {"play icon and toolbar star", theme.primary(), theme.background(), 3.0},
-                {"pressed play icon", theme.primary(), theme.pressed(), 3.0},
-        };
-        for (const auto &[what, text, background, minimum] : pairs) {
-            const double ratio = Appearance::contrastRatio(text, background);
-            QVERIFY2(ratio >= minimum, qPrintable(QStringLiteral("%1: contrast %2").arg(what).arg(ratio)));
-        }
     }
 
     // Switching history off takes its tab away (showing the list if it was shown); on brings it back.
