@@ -1,6 +1,7 @@
 // The settings files under stress: the real binary on a full disk, and old
 // property-list files of every shape, valid, damaged and hostile, through the
 // migration a launch runs.
+#include "AppSandbox.h"
 #include "CrashLog.h"
 #include "LegacySettings.h"
 #include "PermissionsEnforced.h"
@@ -425,11 +426,10 @@ private slots:
     {
         if (QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("true")}) != 0)
             QSKIP("no user and mount namespaces here for a small tmpfs (unshare -rm)");
-        QTemporaryDir root;
-        QVERIFY(root.isValid());
-        for (const char *folder : {"config", "data", "runtime", "staged", "out/config"})
+        const test::AppSandbox root(QStringLiteral(NORVELLA_BINARY));
+        QVERIFY(root.isReady());
+        for (const char *folder : {"staged", "out/config"})
             QVERIFY(QDir().mkpath(root.filePath(QLatin1String(folder))));
-        QFile::setPermissions(root.filePath(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         const QString staged = root.filePath(QStringLiteral("staged/settings.json"));
         {
             Settings settings(staged);
@@ -441,16 +441,10 @@ private slots:
         }
         const QByteArray before = readFile(staged);
 
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), root.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), root.filePath(QStringLiteral("config")));
-        env.insert(QStringLiteral("XDG_DATA_HOME"), root.filePath(QStringLiteral("data")));
-        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), root.filePath(QStringLiteral("runtime")));
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
+        QProcessEnvironment env = root.environment();
         env.insert(QStringLiteral("STAGED"), staged);
         env.insert(QStringLiteral("OUT"), root.filePath(QStringLiteral("out")));
-        env.insert(QStringLiteral("NORVELLA"), QStringLiteral(NORVELLA_BINARY));
+        env.insert(QStringLiteral("NORVELLA"), root.binary());
         // The mount lives and dies with the namespace, so what is left on it is copied out.
         const QString script = QStringLiteral(R"(
             store="$XDG_CONFIG_HOME/Norvella/norvella"
