@@ -64,10 +64,7 @@ private:
         plist_dict_set_item(dict, "SearchFrom", plist_new_string("W"));
         char *data = nullptr;
         uint32_t length = 0;
-        if (format == QLatin1String("binary"))
-            plist_to_bin(dict, &data, &length);
-        else
-            plist_to_xml(dict, &data, &length);
+        plist_to_bin(dict, &data, &length);
         file.write(data, length);
         free(data);
         plist_free(dict);
@@ -112,12 +109,12 @@ private slots:
     }
 
     // The window is built once the queue is open. An old settings file wins over the
-    // first-run values and is deleted; a malformed one is moved aside, unread.
+    // first-run values and is deleted; a malformed one is moved aside, unread (the
+    // shapes a file may take are tst_settingsondisk's).
     void launchPreparesDatabaseAndSettings_data()
     {
         QTest::addColumn<QString>("format");
         QTest::newRow("first run") << "";
-        QTest::newRow("xml") << "xml";
         QTest::newRow("binary") << "binary";
         QTest::newRow("malformed") << "malformed";
     }
@@ -125,7 +122,7 @@ private slots:
     void launchPreparesDatabaseAndSettings()
     {
         QFETCH(QString, format);
-        const bool used = format == QLatin1String("xml") || format == QLatin1String("binary");
+        const bool used = format == QLatin1String("binary");
         const QString path = m_env.documentsDirectory + QStringLiteral("/norvella.plist");
         if (!format.isEmpty())
             writeLegacyPlist(path, format);

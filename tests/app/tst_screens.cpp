@@ -1,5 +1,5 @@
 // The whole window, loaded as the app loads it, at phone and tablet sizes and driven through
-// tabs, search, a verb, a swipe and a resize: any QML warning fails.
+// a verb, the letter index and a swipe: any QML warning fails.
 // NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
 #include "AdaptiveLayout.h"
 #include "AppWindow.h"
@@ -133,29 +133,8 @@ private slots:
             home->showTab(HomeViewController::FavouritesTab);
             render("favourites");
             QVERIFY(row("andare", home->favouritesTableViewController()));
-            home->showTab(HomeViewController::HistoryTab);
-            render();
-            home->showTab(HomeViewController::ListTab);
-            render();
-
-            auto *field = qml.find<QQuickItem>("searchField");
-            QVERIFY(field);
-            field->forceActiveFocus();
-            field->setProperty("text", QStringLiteral("and"));
-            render();
-            QCOMPARE(home->searchResultsController()->rowCount(), 1);
-            QVERIFY(row("andare", home->searchResultsController()));
-            home->searchResultsController()->selectRow(0);
-            waitForPages();
-            render("search-result-chosen");
-            QVERIFY(m_app->detailShows(QStringLiteral("andare")));
-
-            // Into and out of the side-by-side layout, with a verb chosen.
-            m_window->resize(size.width() < 700 ? QSize(1024, 768) : QSize(390, 844));
-            render();
-            m_window->resize(size);
-            render();
-            QVERIFY(app.detailShows(QStringLiteral("andare")));
+            // Search, the other tabs and crossing the side-by-side line are walked by
+            // tst_access and tst_layouts.
             QVERIFY2(app.close(), test::WarningCollector::report());
         }
     }
