@@ -124,19 +124,12 @@ private slots:
                 "mount -t tmpfs -o size=%1 tmpfs \"$DOCS\" || exit 77; cp -a \"$SEED\"/. \"$DOCS\"/ || exit 78; "
                 "\"$APP\" --first-frame; status=$?; mkdir -p \"$AFTER\" && cp -a \"$DOCS\"/. \"$AFTER\"/; exit $status")
                                        .arg(room);
-        QProcess process;
-        QProcessEnvironment env = m_app->environment();
-        env.insert(QStringLiteral("DOCS"), m_docs);
-        env.insert(QStringLiteral("SEED"), seed);
-        env.insert(QStringLiteral("AFTER"), after);
-        env.insert(QStringLiteral("APP"), QStringLiteral(NORVELLA_BINARY));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
-        QVERIFY(process.waitForFinished(60000));
-        const QByteArray err = process.readAllStandardError();
-        if (process.exitCode() == 77)
+        const Run run = m_app->inMountNamespace(
+                script, {{"DOCS", m_docs}, {"SEED", seed}, {"AFTER", after}, {"APP", m_app->binary()}}, 60000);
+        const QByteArray &err = run.err;
+        if (run.exitCode == 77)
             QSKIP("no tmpfs can be mounted here");
-        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(run.exitCode, 0);
         QVERIFY2(err.contains("Unable to initialise database"), err.constData());
         QCOMPARE(test::readFile(after + QStringLiteral("/verbs.db")), test::readFile(seed + QStringLiteral("/verbs.db")));
         QCOMPARE(QDir(after).entryList({QStringLiteral("verbs.db.new*")}), QStringList());

@@ -441,10 +441,6 @@ private slots:
         }
         const QByteArray before = readFile(staged);
 
-        QProcessEnvironment env = root.environment();
-        env.insert(QStringLiteral("STAGED"), staged);
-        env.insert(QStringLiteral("OUT"), root.filePath(QStringLiteral("out")));
-        env.insert(QStringLiteral("NORVELLA"), root.binary());
         // The mount lives and dies with the namespace, so what is left on it is copied out.
         const QString script = QStringLiteral(R"(
             store="$XDG_CONFIG_HOME/Norvella/norvella"
@@ -455,12 +451,10 @@ private slots:
             status=$?
             cp -a "$store/." "$OUT/config/"
             exit $status)");
-        QProcess app;
-        app.setProcessEnvironment(env);
-        app.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
-        QVERIFY(app.waitForFinished(120000));
-        const QByteArray errors = app.readAllStandardError();
-        QVERIFY2(app.exitStatus() == QProcess::NormalExit && app.exitCode() == 0, errors.constData());
+        const test::AppSandbox::Run app = root.inMountNamespace(
+                script, {{"STAGED", staged}, {"OUT", root.filePath(QStringLiteral("out"))}, {"NORVELLA", root.binary()}});
+        const QByteArray &errors = app.err;
+        QVERIFY2(app.exitCode == 0, errors.constData());
         QVERIFY2(QFileInfo(root.filePath(QStringLiteral("out/shot.png"))).size() > 0, errors.constData());
         QVERIFY2(errors.contains("Unable to save settings") && errors.contains("No space left on device"), errors.constData());
 
