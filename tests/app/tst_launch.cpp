@@ -104,8 +104,7 @@ private slots:
         QVERIFY(unwritable.didFinishLaunching());
         QCOMPARE(unwritable.status(), AppDelegate::Status::Running);
         QVERIFY(!unwritable.queue());
-        QFile log(CrashLog::logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly) && log.readAll().contains("Unable to initialise database "));
+        QVERIFY(test::readFile(CrashLog::logFilePath()).contains("Unable to initialise database "));
     }
 
     // The window is built once the queue is open. An old settings file wins over the
@@ -312,9 +311,7 @@ private slots:
         drawer.selectRow(0, 0);
         drawer.selectRow(1, 4);
         QCOMPARE(close.count(), 0);
-        QFile log(CrashLog::logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const QByteArray text = log.readAll();
+        const QByteArray text = test::readFile(CrashLog::logFilePath());
         QVERIFY(text.contains("Unable to get navigation controller"));
         QCOMPARE(text.count("Navigation option not available"), 2);
     }
