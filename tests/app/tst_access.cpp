@@ -2,18 +2,11 @@
 // sizes: every control on every screen has a name, a role and an action that does
 // what a tap does; modal sheets hide what is behind them; and the keys alone open
 // verbs, switch moods and come back.
-#include "AppDelegate.h"
-#include "CrashLog.h"
-#include "HomeViewController.h"
-#include "QmlLoadHarness.h"
-#include "Settings.h"
+#include "AppWindow.h"
 #include "Strings.h"
-#include "TestSupport.h"
-#include "VerbRef.h"
 
 #include <QAccessible>
 #include <QQuickItem>
-#include <QTemporaryDir>
 
 #define NORVELLA_QML_ALL
 #include "QmlModules.h"
@@ -77,6 +70,7 @@ class AccessTest : public QObject
     Q_OBJECT
 
 private:
+    test::AppWindow *m_app = nullptr;
     QQuickWindow *m_window = nullptr;
     test::QmlScreen *m_qml = nullptr;
 
@@ -133,16 +127,7 @@ private:
         }
     }
 
-    bool detailShows(const QString &italian) const
-    {
-        for (QObject *object : m_window->findChildren<QObject *>()) {
-            const VerbPtr verb = VerbRef::from(object->property("verb").value<QObject *>());
-            if (object->objectName().startsWith(QLatin1String("detail")) && verb && verb->italian == italian
-                && object->property("visible").toBool())
-                return true;
-        }
-        return false;
-    }
+    bool detailShows(const QString &italian) const { return m_app->detailShows(italian); }
 
     int selectedMood() const
     {
@@ -164,13 +149,7 @@ private:
                            [](QObject *o) { return o->inherits("QQuickDrawer") && o->property("opened").toBool(); });
     }
 
-    void waitForPages()
-    {
-        auto *stack = m_window->findChild<QQuickItem *>("stack");
-        QVERIFY(stack);
-        QTRY_VERIFY(!stack->property("busy").toBool());
-        QVERIFY(m_qml->settle(400));
-    }
+    void waitForPages() { QVERIFY(m_app->waitForPages(400)); }
 
     void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
@@ -194,29 +173,14 @@ private:
     template<typename Body>
     void withApp(const QSize &size, Body body)
     {
-        QTemporaryDir dir;
-        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
-        QVERIFY(QDir().mkpath(environment.documentsDirectory));
-        QVERIFY(test::createFixtureDatabase(environment.masterPath));
-        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
-        Settings::standard().clear();
-        {
-            AppDelegate delegate(environment, Settings::standard());
-            test::QmlScreen qml;
-            delegate.setWindowFactory([&](AppDelegate &d) {
-                QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
-                                 {{"appDelegate", QVariant::fromValue(&d)}}));
-            });
-            delegate.didFinishLaunching();
-            QVERIFY(qml.window);
-            m_qml = &qml;
-            m_window = qml.window.get();
-            QVERIFY(qml.settle(400));
-            body(qml.find<HomeViewController>("homeViewController"));
-            m_qml = nullptr;
-            m_window = nullptr;
-        }
-        QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
+        test::AppWindow app;
+        QVERIFY(app.launch(size));
+        m_app = &app;
+        m_qml = &app.qml;
+        m_window = app.window();
+        QVERIFY(m_qml->settle(400));
+        body(app.home());
+        QVERIFY2(app.close(), test::WarningCollector::report());
     }
 
 private slots:
@@ -499,15 +463,15 @@ private slots:
 
             // Escape closes the drawer and Settings.
             QVERIFY(m_qml->click(m_qml->button(Strings::text(QStringLiteral("menu.open")))));
-            const auto drawerOpen = [&] {
-                for (QObject *o : m_window->findChildren<QObject *>())
-                    if (o->inherits("QQuickDrawer") && o->property("visible").toBool())
-                        return true;
-                return false;
+            // Closed means gone, not merely closing: the next tap must reach the bar.
+            const auto drawerShown = [&] {
+                const QList<QObject *> all = m_window->findChildren<QObject *>();
+                return std::any_of(all.begin(), all.end(),
+                                   [](QObject *o) { return o->inherits("QQuickDrawer") && o->property("visible").toBool(); });
             };
-            QVERIFY(drawerOpen());
+            QVERIFY(drawerShown());
             key(Qt::Key_Escape);
-            QTRY_VERIFY(!drawerOpen());
+            QTRY_VERIFY(!drawerShown());
             QVERIFY(m_qml->click(m_qml->button(Strings::text(QStringLiteral("menu.open")))));
             QTRY_VERIFY(drawerOpened());
             QCOMPARE(focusedName(), Strings::text(QStringLiteral("options.button")));

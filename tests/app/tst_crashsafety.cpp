@@ -1,7 +1,8 @@
 // The real app, killed and starved during an update of its database: every
-// favourite and history row survives, whatever instant the kill lands on.
+// favourite, history and practice row survives, whatever instant the kill lands on.
 // NORVELLA_RANDOM_KILLS=N runs N sampled kills instead of the default.
 #include "AppSandbox.h"
+#include "PracticeTables.h"
 #include "Settings.h"
 #include "TestSupport.h"
 #include "UserRows.h"
@@ -19,6 +20,8 @@ namespace {
 constexpr int Favourites = 500;
 constexpr int HistoryRows = 51;
 constexpr int DefaultRandomKills = 44;
+constexpr int Cards = 2000;
+constexpr int Reviews = 3000;
 const QString OldVersion = QStringLiteral("0.9.0");
 } // namespace
 
@@ -32,12 +35,22 @@ private slots:
         m_app.reset(new test::AppSandbox(QStringLiteral(NORVELLA_BINARY)));
         QVERIFY(m_app->isReady());
         m_docs = m_app->docs();
+        m_practised = false;
         makeOldInstall();
     }
 
-    // Every step of an update, one kill each, then a normal launch.
+    // Every step of an update, one kill each, then a normal launch: a copy that never
+    // practised, and one whose practice rows the update carries over too.
+    void killAtEveryStepOfAnUpdate_data()
+    {
+        QTest::addColumn<bool>("practised");
+        QTest::newRow("favourites and history") << false;
+        QTest::newRow("and practice rows") << true;
+    }
     void killAtEveryStepOfAnUpdate()
     {
+        QFETCH(bool, practised);
+        m_practised = practised;
         int step = 1;
         for (;; ++step) {
             QVERIFY(step < 50);
@@ -111,21 +124,14 @@ private slots:
                 "mount -t tmpfs -o size=%1 tmpfs \"$DOCS\" || exit 77; cp -a \"$SEED\"/. \"$DOCS\"/ || exit 78; "
                 "\"$APP\" --first-frame; status=$?; mkdir -p \"$AFTER\" && cp -a \"$DOCS\"/. \"$AFTER\"/; exit $status")
                                        .arg(room);
-        QProcess process;
-        QProcessEnvironment env = m_app->environment();
-        env.insert(QStringLiteral("DOCS"), m_docs);
-        env.insert(QStringLiteral("SEED"), seed);
-        env.insert(QStringLiteral("AFTER"), after);
-        env.insert(QStringLiteral("APP"), QStringLiteral(NORVELLA_BINARY));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
-        QVERIFY(process.waitForFinished(60000));
-        const QByteArray err = process.readAllStandardError();
-        if (process.exitCode() == 77)
+        const Run run = m_app->inMountNamespace(
+                script, {{"DOCS", m_docs}, {"SEED", seed}, {"AFTER", after}, {"APP", m_app->binary()}}, 60000);
+        const QByteArray &err = run.err;
+        if (run.exitCode == 77)
             QSKIP("no tmpfs can be mounted here");
-        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(run.exitCode, 0);
         QVERIFY2(err.contains("Unable to initialise database"), err.constData());
-        QCOMPARE(fileBytes(after + QStringLiteral("/verbs.db")), fileBytes(seed + QStringLiteral("/verbs.db")));
+        QCOMPARE(test::readFile(after + QStringLiteral("/verbs.db")), test::readFile(seed + QStringLiteral("/verbs.db")));
         QCOMPARE(QDir(after).entryList({QStringLiteral("verbs.db.new*")}), QStringList());
         QCOMPARE(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion), OldVersion);
 
@@ -232,6 +238,10 @@ private:
         const QString context = when + QStringLiteral(": ");
         QCOMPARE(test::querySingleColumn(working(), test::UserRows::Favourites), QStringList{m_expectedFavourites});
         QCOMPARE(test::querySingleColumn(working(), test::UserRows::History), QStringList{m_expectedHistory});
+        if (m_practised) {
+            QCOMPARE(test::querySingleColumn(working(), test::UserRows::PracticeCards), QStringList{m_expectedCards});
+            QCOMPARE(test::querySingleColumn(working(), test::UserRows::PracticeReviews), QStringList{m_expectedReviews});
+        }
         QVERIFY2(Settings(settingsPath()).stringForKey(SettingsKeys::InstalledVersion)
                          == QLatin1String(NORVELLA_APP_VERSION),
                  qPrintable(context + QStringLiteral("version not stored")));
@@ -257,6 +267,21 @@ private:
                                                 .arg(WorkingCopy::encodeVersion(OldVersion))
                                                 .arg(Favourites)
                                                 .arg(HistoryRows)));
+        if (m_practised) {
+            QVERIFY(test::runSql(working(), PracticeTables::createStatements().join(QStringLiteral(";\n"))));
+            QVERIFY(test::runSql(working(), QStringLiteral(
+                    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                    "INSERT INTO practice_card(verbid, tense, person, repetitions, interval, easiness, due, lapses) "
+                    "SELECT i / 6 + 1, 6 + i % 3, i % 6 + 1, i % 5, i % 40, 1.3 + i % 13 * 0.1, 2461000 + i % 17, i % 3 FROM n;"
+                    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %2) "
+                    "INSERT INTO practice_review(cardid, time, quality, result) "
+                    "SELECT i % %1 + 1, 1790000000 + i * 97, i % 6, i % 3 FROM n;")
+                                                    .arg(Cards)
+                                                    .arg(Reviews)));
+            m_expectedCards = test::querySingleColumn(working(), test::UserRows::PracticeCards).value(0);
+            m_expectedReviews = test::querySingleColumn(working(), test::UserRows::PracticeReviews).value(0);
+            QCOMPARE(m_expectedCards.count(QLatin1Char(';')), Cards - 1);
+        }
         Settings settings(settingsPath());
         settings.clear();
         settings.setString(SettingsKeys::InstalledVersion, OldVersion);
@@ -268,16 +293,12 @@ private:
         }
     }
 
-    static QByteArray fileBytes(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
     QString working() const { return m_app->working(); }
     QString settingsPath() const { return m_app->settingsPath(); }
 
     std::unique_ptr<test::AppSandbox> m_app;
-    QString m_docs, m_expectedFavourites, m_expectedHistory;
+    QString m_docs, m_expectedFavourites, m_expectedHistory, m_expectedCards, m_expectedReviews;
+    bool m_practised = false;
 };
 
 QTEST_GUILESS_MAIN(CrashSafetyTest)

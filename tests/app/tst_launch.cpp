@@ -1,8 +1,7 @@
 // The app's controllers without a window: the launch (database, settings, old settings
-// file), quick actions, the theme's contrast, the home screen's tabs and rows, the drawer.
+// file), quick actions, the home screen's tabs and rows, the drawer.
 #include "Analytics.h"
 #include "AppDelegate.h"
-#include "Appearance.h"
 #include "CrashLog.h"
 #include "HomeViewController.h"
 #include "MoreAppsTableViewController.h"
@@ -17,8 +16,6 @@
 #include <QtTest>
 
 #include <plist/plist.h>
-
-#include <tuple>
 
 using namespace norvella;
 
@@ -67,10 +64,7 @@ private:
         plist_dict_set_item(dict, "SearchFrom", plist_new_string("W"));
         char *data = nullptr;
         uint32_t length = 0;
-        if (format == QLatin1String("binary"))
-            plist_to_bin(dict, &data, &length);
-        else
-            plist_to_xml(dict, &data, &length);
+        plist_to_bin(dict, &data, &length);
         file.write(data, length);
         free(data);
         plist_free(dict);
@@ -110,17 +104,16 @@ private slots:
         QVERIFY(unwritable.didFinishLaunching());
         QCOMPARE(unwritable.status(), AppDelegate::Status::Running);
         QVERIFY(!unwritable.queue());
-        QFile log(CrashLog::logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly) && log.readAll().contains("Unable to initialise database "));
+        QVERIFY(test::readFile(CrashLog::logFilePath()).contains("Unable to initialise database "));
     }
 
     // The window is built once the queue is open. An old settings file wins over the
-    // first-run values and is deleted; a malformed one is moved aside, unread.
+    // first-run values and is deleted; a malformed one is moved aside, unread (the
+    // shapes a file may take are tst_settingsondisk's).
     void launchPreparesDatabaseAndSettings_data()
     {
         QTest::addColumn<QString>("format");
         QTest::newRow("first run") << "";
-        QTest::newRow("xml") << "xml";
         QTest::newRow("binary") << "binary";
         QTest::newRow("malformed") << "malformed";
     }
@@ -128,7 +121,7 @@ private slots:
     void launchPreparesDatabaseAndSettings()
     {
         QFETCH(QString, format);
-        const bool used = format == QLatin1String("xml") || format == QLatin1String("binary");
+        const bool used = format == QLatin1String("binary");
         const QString path = m_env.documentsDirectory + QStringLiteral("/norvella.plist");
         if (!format.isEmpty())
             writeLegacyPlist(path, format);
@@ -195,24 +188,6 @@ private slots:
         delegate.setCollapsed(true);
         delegate.performActionForShortcutItem(QStringLiteral("com.quorbel.shortcut.search"));
         QCOMPARE(focus.count(), 1);
-    }
-
-    // The theme's colours on each background the screens put them on: text 4.5:1, icons 3:1.
-    void themeColoursKeepTextReadable()
-    {
-        Appearance &theme = Appearance::shared();
-        QVERIFY(theme.load());
-        const QList<std::tuple<const char *, QColor, QColor, double>> pairs{
-                {"bar title", theme.barText(), theme.primary(), 4.5},
-                {"selected mood", theme.barText(), theme.secondary(), 4.5},
-                {"tense title", theme.primary(), theme.groupedBackground(), 4.5},
-                {"play icon and toolbar star", theme.primary(), theme.background(), 3.0},
-                {"pressed play icon", theme.primary(), theme.pressed(), 3.0},
-        };
-        for (const auto &[what, text, background, minimum] : pairs) {
-            const double ratio = Appearance::contrastRatio(text, background);
-            QVERIFY2(ratio >= minimum, qPrintable(QStringLiteral("%1: contrast %2").arg(what).arg(ratio)));
-        }
     }
 
     // Switching history off takes its tab away (showing the list if it was shown); on brings it back.
@@ -336,9 +311,7 @@ private slots:
         drawer.selectRow(0, 0);
         drawer.selectRow(1, 4);
         QCOMPARE(close.count(), 0);
-        QFile log(CrashLog::logFilePath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const QByteArray text = log.readAll();
+        const QByteArray text = test::readFile(CrashLog::logFilePath());
         QVERIFY(text.contains("Unable to get navigation controller"));
         QCOMPARE(text.count("Navigation option not available"), 2);
     }

@@ -4,24 +4,17 @@
 // the verb, the mood and the place, and is not another view of the verb. Lists
 // keep their place across a settings change and follow the translation language.
 // NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
-#include "AppDelegate.h"
+#include "AppWindow.h"
 #include "ConjugationServices.h"
-#include "CrashLog.h"
 #include "FavouritesTableViewController.h"
 #include "HistoryTableViewController.h"
-#include "HomeViewController.h"
-#include "QmlLoadHarness.h"
-#include "Settings.h"
 #include "Strings.h"
-#include "TestSupport.h"
 #include "VerbDetailTableViewController.h"
 #include "VerbListTableViewController.h"
-#include "VerbRef.h"
 #include "VerbStore.h"
 #include "VerbTableModel.h"
 
 #include <QQuickItem>
-#include <QTemporaryDir>
 
 #define NORVELLA_QML_ALL
 #include "QmlModules.h"
@@ -54,50 +47,33 @@ class LayoutsTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<LaunchEnvironment> m_environment;
-    std::unique_ptr<AppDelegate> m_delegate;
-    std::unique_ptr<test::QmlScreen> m_qml;
+    std::unique_ptr<test::AppWindow> m_app;
+    test::QmlScreen *m_qml = nullptr;
     int m_shownEvents = 0;
 
-    QQuickWindow *window() const { return m_qml->window.get(); }
-    HomeViewController *home() const { return m_qml->find<HomeViewController>("homeViewController"); }
+    QQuickWindow *window() const { return m_app->window(); }
+    HomeViewController *home() const { return m_app->home(); }
 
     void launch(QSize size)
     {
-        m_dir = std::make_unique<QTemporaryDir>();
-        m_environment = std::make_unique<LaunchEnvironment>(
-                LaunchEnvironment{m_dir->filePath("docs"), m_dir->filePath("master.db"), QStringLiteral("1.0")});
-        QVERIFY(QDir().mkpath(m_environment->documentsDirectory));
-        QVERIFY(test::createFixtureDatabase(m_environment->masterPath, extraRows()));
-        CrashLog::setLogFilePath(m_dir->filePath("norvella.log"));
-        Settings::standard().clear();
         m_shownEvents = 0;
-        m_qml = std::make_unique<test::QmlScreen>();
-        m_delegate = std::make_unique<AppDelegate>(*m_environment, Settings::standard());
-        m_delegate->setWindowFactory([&](AppDelegate &d) {
-            QVERIFY(m_qml->show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
-                                {{"appDelegate", QVariant::fromValue(&d)}}));
-        });
-        m_delegate->didFinishLaunching();
-        QVERIFY(window());
+        m_app = std::make_unique<test::AppWindow>(extraRows());
+        m_qml = &m_app->qml;
+        QVERIFY(m_app->launch(size));
         QVERIFY(m_qml->settle());
     }
 
     void close()
     {
-        m_qml->window.reset();
-        m_delegate.reset();
-        QVERIFY2(m_qml->clean(), test::WarningCollector::report());
-        m_qml.reset();
+        QVERIFY2(m_app->close(), test::WarningCollector::report());
+        m_app.reset();
     }
 
     void resize(QSize size, const char *step = nullptr)
     {
         window()->resize(size);
         QVERIFY(m_qml->settle());
-        auto *stack = m_qml->find<QQuickItem>("stack");
-        QTRY_VERIFY(!stack->property("busy").toBool());
+        QVERIFY(m_app->waitForPages());
         if (step)
             test::grab(window(), QStringLiteral("%1-%2x%3").arg(step).arg(size.width()).arg(size.height()));
     }
@@ -155,7 +131,7 @@ private:
     }
     QStringList history() const
     {
-        return test::querySingleColumn(VerbStore::workingCopyPath(m_environment->documentsDirectory),
+        return test::querySingleColumn(VerbStore::workingCopyPath(m_app->environment.documentsDirectory),
                                        QStringLiteral("SELECT verbid || ':' || timestamp FROM history ORDER BY verbid"));
     }
     // The list's row at the top edge of its view.
@@ -202,7 +178,7 @@ private slots:
         QFETCH(bool, sideBySide);
         QFETCH(bool, grid);
         launch(size);
-        QCOMPARE(m_delegate->collapsed(), !sideBySide);
+        QCOMPARE(m_app->delegate->collapsed(), !sideBySide);
         openVerb(1); // andare
         resize(size, "verb");
         QQuickItem *screen = detail();

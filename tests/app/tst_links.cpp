@@ -11,6 +11,7 @@
 #include "ShareSheetController.h"
 #include "Strings.h"
 #include "SupportEmailSender.h"
+#include "TestSupport.h"
 
 #include <QClipboard>
 #include <QFile>
@@ -55,11 +56,7 @@ private:
         return QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
     }
 
-    QByteArray logText() const
-    {
-        QFile log(CrashLog::logFilePath());
-        return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
-    }
+    QByteArray logText() const { return test::readFile(CrashLog::logFilePath()); }
 
 private slots:
     void initTestCase()

@@ -2,12 +2,12 @@
 // request over a socket in the user's private runtime folder; clients that send garbage, far
 // too much or too many connections at once do not stop it; and a working copy that cannot
 // be written is reported with SQLite's own reason. Every process gets folders of its own.
+#include "AppSandbox.h"
 #include "ShortcutChannel.h"
 
 #include <QFile>
 #include <QLocalSocket>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
@@ -74,10 +74,10 @@ class RunningTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<test::AppSandbox> m_dir;
     QProcessEnvironment m_environment;
 
-    QString runtimeFolder() const { return m_dir->filePath(QStringLiteral("runtime")); }
+    QString runtimeFolder() const { return m_dir->filePath(QStringLiteral("run")); }
     QString socketPath() const { return ShortcutChannel::socketPath(runtimeFolder()); }
 
     // An instance that takes requests (it has answered one window request); null when it never does.
@@ -114,19 +114,10 @@ private:
 private slots:
     void init()
     {
-        m_dir = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_dir->isValid());
-        for (const char *folder : {"home", "config", "data", "runtime", "tmp"})
-            QVERIFY(QDir(m_dir->path()).mkdir(QString::fromLatin1(folder)));
-        QVERIFY(QFile::setPermissions(runtimeFolder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        m_environment = QProcessEnvironment::systemEnvironment();
-        m_environment.insert(QStringLiteral("HOME"), m_dir->filePath(QStringLiteral("home")));
-        m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_dir->filePath(QStringLiteral("config")));
-        m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_dir->filePath(QStringLiteral("data")));
-        m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder());
+        m_dir = std::make_unique<test::AppSandbox>(QStringLiteral(NORVELLA_BINARY));
+        QVERIFY(m_dir->isReady() && QDir().mkpath(m_dir->filePath(QStringLiteral("tmp"))));
+        m_environment = m_dir->environment();
         m_environment.insert(QStringLiteral("TMPDIR"), m_dir->filePath(QStringLiteral("tmp")));
-        m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        m_environment.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
     }
 
     // A plain launch and a quick action go to the running instance and end at once;
@@ -268,7 +259,7 @@ private slots:
                                     "\"$0\" --screenshot \"$1/first.png\" || exit 3\n"
                                     "mount -o remount,ro \"$2\" || exit 77\n"
                                     "exec \"$0\" --screenshot \"$1/second.png\" --open andare"),
-                     QStringLiteral(NORVELLA_BINARY), m_dir->path(), data});
+                     QStringLiteral(NORVELLA_BINARY), m_dir->filePath(QStringLiteral(".")), data});
         if (!shell.waitForStarted())
             QSKIP("unshare cannot be started: no private tmpfs for this test");
         QVERIFY(shell.waitForFinished(60000));

@@ -1,21 +1,14 @@
 // The whole window, loaded as the app loads it, at phone and tablet sizes and driven through
-// tabs, search, a verb, a swipe and a resize: any QML warning fails.
+// a verb, the letter index and a swipe: any QML warning fails.
 // NORVELLA_SCREENSHOT_DIR=/some/folder keeps the named steps as pictures.
 #include "AdaptiveLayout.h"
-#include "AppDelegate.h"
+#include "AppWindow.h"
 #include "ConjugationServices.h"
-#include "CrashLog.h"
-#include "HomeViewController.h"
-#include "QmlLoadHarness.h"
-#include "Settings.h"
 #include "Strings.h"
-#include "TestSupport.h"
 #include "UserMessages.h"
-#include "VerbRef.h"
 
 #include <QAccessible>
 #include <QQuickItem>
-#include <QTemporaryDir>
 
 #define NORVELLA_QML_ALL
 #include "QmlModules.h"
@@ -27,6 +20,7 @@ class ScreensTest : public QObject
     Q_OBJECT
 
 private:
+    test::AppWindow *m_app = nullptr;
     test::QmlScreen *m_qml = nullptr;
     QQuickWindow *m_window = nullptr;
     int m_shownEvents = 0;
@@ -39,24 +33,9 @@ private:
         QVERIFY(!test::grab(m_window, name).isNull());
     }
 
-    // The conjugation screen in the detail column or on the pushed page.
-    bool detailShows(const QString &italian)
-    {
-        for (QObject *object : m_window->findChildren<QObject *>()) {
-            const VerbPtr verb = VerbRef::from(object->property("verb").value<QObject *>());
-            if (object->objectName().startsWith(QLatin1String("detail")) && verb && verb->italian == italian
-                && object->property("visible").toBool())
-                return true;
-        }
-        return false;
-    }
-
-    // Page transitions block input until they end.
     void waitForPages()
     {
-        auto *stack = m_window->findChild<QQuickItem *>("stack");
-        QVERIFY(stack);
-        QTRY_VERIFY(!stack->property("busy").toBool());
+        QVERIFY(m_app->waitForPages());
         render();
     }
 
@@ -90,35 +69,24 @@ private slots:
     void homeScreenLoadsWithoutWarnings()
     {
         QFETCH(QSize, size);
-        QTemporaryDir dir;
-        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
-        QVERIFY(QDir().mkpath(environment.documentsDirectory));
         // Enough verbs under "Z" for the list to scroll.
         QString moreVerbs;
         for (int i = 100; i < 140; ++i)
             moreVerbs += QStringLiteral("INSERT INTO verb(_id, italian, simplified_italian, english) VALUES "
                                         "(%1, 'zappare%1', 'zappare%1', 'to hoe');").arg(i);
-        QVERIFY(test::createFixtureDatabase(environment.masterPath, moreVerbs));
-        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
-        Settings::standard().clear();
-
         {
-            AppDelegate delegate(environment, Settings::standard());
-            test::QmlScreen qml; // goes before the delegate the window shows
-            delegate.setWindowFactory([&](AppDelegate &d) {
-                QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
-                                 {{"appDelegate", QVariant::fromValue(&d)}}));
-            });
-            delegate.didFinishLaunching();
-            m_qml = &qml;
-            m_window = qml.window.get();
-            QVERIFY(m_window);
+            test::AppWindow app(moreVerbs);
+            QVERIFY(app.launch(size));
+            m_app = &app;
+            m_qml = &app.qml;
+            m_window = app.window();
+            test::QmlScreen &qml = app.qml;
             render();
-            auto *home = qml.find<HomeViewController>("homeViewController");
+            auto *home = app.home();
             auto *list = home ? home->verbListTableViewController() : nullptr;
             QVERIFY(list);
             QCOMPARE(list->rowCount(), 45);
-            QCOMPARE(delegate.collapsed(), size.width() < 700);
+            QCOMPARE(app.delegate->collapsed(), size.width() < 700);
 
             // A row of the list opens the verb, and that counts as one view: the
             // hidden column of a narrow window must not show it too.
@@ -126,7 +94,7 @@ private slots:
             list->selectRow(0);
             waitForPages();
             render("detail");
-            QVERIFY(detailShows(list->verbAtRow(0)->italian));
+            QVERIFY(m_app->detailShows(list->verbAtRow(0)->italian));
             QCOMPARE(Preferences::numberOfVerbsViewed(Settings::standard()), 1);
             QCOMPARE(m_shownEvents, 1);
             QTest::keyClick(m_window, Qt::Key_Escape);
@@ -165,54 +133,22 @@ private slots:
             home->showTab(HomeViewController::FavouritesTab);
             render("favourites");
             QVERIFY(row("andare", home->favouritesTableViewController()));
-            home->showTab(HomeViewController::HistoryTab);
-            render();
-            home->showTab(HomeViewController::ListTab);
-            render();
-
-            auto *field = qml.find<QQuickItem>("searchField");
-            QVERIFY(field);
-            field->forceActiveFocus();
-            field->setProperty("text", QStringLiteral("and"));
-            render();
-            QCOMPARE(home->searchResultsController()->rowCount(), 1);
-            QVERIFY(row("andare", home->searchResultsController()));
-            home->searchResultsController()->selectRow(0);
-            waitForPages();
-            render("search-result-chosen");
-            QVERIFY(detailShows(QStringLiteral("andare")));
-
-            // Into and out of the side-by-side layout, with a verb chosen.
-            m_window->resize(size.width() < 700 ? QSize(1024, 768) : QSize(390, 844));
-            render();
-            m_window->resize(size);
-            render();
-            QVERIFY(detailShows(QStringLiteral("andare")));
+            // Search, the other tabs and crossing the side-by-side line are walked by
+            // tst_access and tst_layouts.
+            QVERIFY2(app.close(), test::WarningCollector::report());
         }
-        QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
     }
 
     // Notices posted before there is a window show once it listens, one at a time, each
     // closed with a control large enough to tap; assistive technology hears them as alerts.
     void noticesWaitForTheWindow()
     {
-        QTemporaryDir dir;
-        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
-        QVERIFY(QDir().mkpath(environment.documentsDirectory));
-        QVERIFY(test::createFixtureDatabase(environment.masterPath));
-        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
-        Settings::standard().clear();
+        test::AppWindow app;
         for (const char *text : {"The verb data was repaired.", "Could not save.", "The verb data was repaired."})
             UserMessages::post(QString::fromUtf8(text));
         {
-            AppDelegate delegate(environment, Settings::standard());
-            test::QmlScreen qml;
-            delegate.setWindowFactory([&](AppDelegate &d) {
-                QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), QSize(390, 844),
-                                 {{"appDelegate", QVariant::fromValue(&d)}}));
-            });
-            delegate.didFinishLaunching();
-            QVERIFY(qml.window);
+            QVERIFY(app.launch(QSize(390, 844)));
+            test::QmlScreen &qml = app.qml;
             // As the app's start does once its window is there.
             UserMessages::setListener([window = qml.window.get()](const QString &text) {
                 QMetaObject::invokeMethod(window, "showMessage", Q_ARG(QString, text));
@@ -243,7 +179,7 @@ private slots:
             QVERIFY(!bar->isVisible());
             UserMessages::setListener({});
         }
-        QVERIFY2(test::WarningCollector::warnings().isEmpty(), test::WarningCollector::report());
+        QVERIFY2(app.close(), test::WarningCollector::report());
     }
 };
 

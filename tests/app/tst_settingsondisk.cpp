@@ -1,11 +1,13 @@
 // The settings files under stress: the real binary on a full disk, and old
 // property-list files of every shape, valid, damaged and hostile, through the
 // migration a launch runs.
+#include "AppSandbox.h"
 #include "CrashLog.h"
 #include "LegacySettings.h"
 #include "PermissionsEnforced.h"
 #include "PropertyList.h"
 #include "Settings.h"
+#include "TestSupport.h"
 
 #include <QProcess>
 #include <QRandomGenerator>
@@ -18,20 +20,10 @@
 #include <cstdlib>
 
 using namespace norvella;
+using test::readFile;
+using test::writeFile;
 
 namespace {
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
 
 bool exists(const QString &path)
 {
@@ -434,11 +426,10 @@ private slots:
     {
         if (QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("true")}) != 0)
             QSKIP("no user and mount namespaces here for a small tmpfs (unshare -rm)");
-        QTemporaryDir root;
-        QVERIFY(root.isValid());
-        for (const char *folder : {"config", "data", "runtime", "staged", "out/config"})
+        const test::AppSandbox root(QStringLiteral(NORVELLA_BINARY));
+        QVERIFY(root.isReady());
+        for (const char *folder : {"staged", "out/config"})
             QVERIFY(QDir().mkpath(root.filePath(QLatin1String(folder))));
-        QFile::setPermissions(root.filePath(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         const QString staged = root.filePath(QStringLiteral("staged/settings.json"));
         {
             Settings settings(staged);
@@ -450,16 +441,6 @@ private slots:
         }
         const QByteArray before = readFile(staged);
 
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), root.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), root.filePath(QStringLiteral("config")));
-        env.insert(QStringLiteral("XDG_DATA_HOME"), root.filePath(QStringLiteral("data")));
-        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), root.filePath(QStringLiteral("runtime")));
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
-        env.insert(QStringLiteral("STAGED"), staged);
-        env.insert(QStringLiteral("OUT"), root.filePath(QStringLiteral("out")));
-        env.insert(QStringLiteral("NORVELLA"), QStringLiteral(NORVELLA_BINARY));
         // The mount lives and dies with the namespace, so what is left on it is copied out.
         const QString script = QStringLiteral(R"(
             store="$XDG_CONFIG_HOME/Norvella/norvella"
@@ -470,12 +451,10 @@ private slots:
             status=$?
             cp -a "$store/." "$OUT/config/"
             exit $status)");
-        QProcess app;
-        app.setProcessEnvironment(env);
-        app.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
-        QVERIFY(app.waitForFinished(120000));
-        const QByteArray errors = app.readAllStandardError();
-        QVERIFY2(app.exitStatus() == QProcess::NormalExit && app.exitCode() == 0, errors.constData());
+        const test::AppSandbox::Run app = root.inMountNamespace(
+                script, {{"STAGED", staged}, {"OUT", root.filePath(QStringLiteral("out"))}, {"NORVELLA", root.binary()}});
+        const QByteArray &errors = app.err;
+        QVERIFY2(app.exitCode == 0, errors.constData());
         QVERIFY2(QFileInfo(root.filePath(QStringLiteral("out/shot.png"))).size() > 0, errors.constData());
         QVERIFY2(errors.contains("Unable to save settings") && errors.contains("No space left on device"), errors.constData());
 

@@ -1,16 +1,10 @@
 // The real window with the system text at 100 % and 150 %: body and secondary
 // text keep their minimum sizes, and no title, tab, mood or segment label is
 // cut on the smallest phone.
-#include "AppDelegate.h"
+#include "AppWindow.h"
 #include "Appearance.h"
-#include "CrashLog.h"
-#include "HomeViewController.h"
-#include "QmlLoadHarness.h"
-#include "Settings.h"
-#include "TestSupport.h"
 
 #include <QQuickItem>
-#include <QTemporaryDir>
 
 #define NORVELLA_QML_ALL
 #include "QmlModules.h"
@@ -91,26 +85,14 @@ private slots:
         qputenv("NORVELLA_TEXT_SCALE", scale.toUtf8());
         Appearance::shared().refreshTextScale();
 
-        QTemporaryDir dir;
-        LaunchEnvironment environment{dir.filePath("docs"), dir.filePath("master.db"), QStringLiteral("1.0")};
-        QVERIFY(QDir().mkpath(environment.documentsDirectory));
-        QVERIFY(test::createFixtureDatabase(environment.masterPath));
-        CrashLog::setLogFilePath(dir.filePath("norvella.log"));
-        Settings::standard().clear();
-
-        AppDelegate delegate(environment, Settings::standard());
-        test::QmlScreen qml;
-        delegate.setWindowFactory([&](AppDelegate &d) {
-            QVERIFY(qml.show(QUrl(QStringLiteral("qrc:/qt/qml/Norvella/App/Main.qml")), size,
-                             {{"appDelegate", QVariant::fromValue(&d)}}));
-        });
-        delegate.didFinishLaunching();
-        QVERIFY(qml.window);
+        test::AppWindow app;
+        QVERIFY(app.launch(size));
+        test::QmlScreen &qml = app.qml;
         QVERIFY(qml.settle());
         qml.grab(QStringLiteral("home-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
 
         // The list: the verb at body size or more, its translation at the secondary size.
-        auto *home = qml.find<HomeViewController>("homeViewController");
+        auto *home = app.home();
         QVERIFY(home && home->verbListTableViewController()->rowCount() > 0);
         const VerbPtr first = home->verbListTableViewController()->verbAtRow(0);
         QVERIFY(pixelSize(textShowing(qml, first->italian)) >= body);
@@ -121,14 +103,13 @@ private slots:
 
         // A verb: its title, the moods and the forms.
         home->showVerb(first);
-        QTRY_VERIFY(!qml.find<QQuickItem>("stack")->property("busy").toBool());
-        QVERIFY(qml.settle());
+        QVERIFY(app.waitForPages());
         qml.grab(QStringLiteral("verb-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
         QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
 
         // Settings, with its segmented controls.
         QTest::keyClick(qml.window.get(), Qt::Key_Escape);
-        QTRY_VERIFY(!qml.find<QQuickItem>("stack")->property("busy").toBool());
+        QVERIFY(app.waitForPages());
         QVERIFY(QMetaObject::invokeMethod(qml.find<QObject>("optionsView"), "open"));
         QVERIFY(qml.settle(400));
         QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
@@ -141,7 +122,7 @@ private slots:
         qml.grab(QStringLiteral("settings-%1x%2-%3").arg(size.width()).arg(size.height()).arg(scale));
         QVERIFY(pixelSize(textShowing(qml, QStringLiteral("Light"))) >= body);
         QVERIFY2(cutLabels(qml).isEmpty(), qPrintable(cutLabels(qml).join(", ")));
-        QVERIFY2(qml.clean(), test::WarningCollector::report());
+        QVERIFY2(app.close(), test::WarningCollector::report());
     }
 };
 

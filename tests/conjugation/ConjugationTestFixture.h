@@ -80,11 +80,7 @@ public:
     }
 
     QString databasePath() const { return dir.filePath(QStringLiteral("verbs.db")); }
-    QString log() const
-    {
-        QFile file(CrashLog::logFilePath());
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString log() const { return QString::fromUtf8(readFile(CrashLog::logFilePath())); }
     QStringList column(const QString &sql) const { return querySingleColumn(databasePath(), sql); }
     bool run(const QString &sql) const { return runSql(databasePath(), sql); }
 

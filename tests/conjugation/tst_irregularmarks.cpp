@@ -74,11 +74,7 @@ private:
         return *m_screen;
     }
 
-    QString log() const
-    {
-        QFile file(CrashLog::logFilePath());
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString log() const { return QString::fromUtf8(test::readFile(CrashLog::logFilePath())); }
 
 private slots:
     void initTestCase()

@@ -2,6 +2,7 @@
 #include "NotificationCenter.h"
 #include "PermissionsEnforced.h"
 #include "Settings.h"
+#include "TestSupport.h"
 #include "Verb.h"
 
 #include <QDir>
@@ -15,20 +16,10 @@
 #include <optional>
 
 using namespace norvella;
+using test::readFile;
+using test::writeFile;
 
 namespace {
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
 QStringList keysIn(const QString &path)
 {
     return QJsonDocument::fromJson(readFile(path)).object().keys();

@@ -99,7 +99,7 @@ private slots:
         QFETCH(QString, how);
         QVERIFY(prepare(QStringLiteral("1.0")).copied);
         addUserRows(40, 5);
-        const QByteArray before = contents(working());
+        const QByteArray before = test::readFile(working());
         QString master = m_master;
         if (how == QLatin1String("garbage master")) {
             master = m_dir->filePath(QStringLiteral("garbage.db"));
@@ -119,7 +119,7 @@ private slots:
         const auto result = prepare(QStringLiteral("2.0"), master);
         QVERIFY(result.outcome != VerbStore::Outcome::Ready);
         QVERIFY(!result.error.isEmpty());
-        QCOMPARE(contents(working()), before);
+        QCOMPARE(test::readFile(working()), before);
         QCOMPARE(m_settings->stringForKey(SettingsKeys::InstalledVersion), QStringLiteral("1.0"));
         QVERIFY(!QFile::exists(working() + QStringLiteral(".new-journal")));
     }
@@ -182,12 +182,12 @@ private slots:
         QVERIFY(prepare(QStringLiteral("1.0")).copied);
         addUserRows(500, 51);
         for (int i = 0; i < 3; ++i)
-            QVERIFY(writeFile(working() + QStringLiteral(".corrupt-2020010%1-000000").arg(i), "old"));
+            QVERIFY(test::writeFile(working() + QStringLiteral(".corrupt-2020010%1-000000").arg(i), "old"));
         const QStringList before = favourites();
         bool rowsReachable = true;
 
         if (damage == QLatin1String("garbage")) {
-            QVERIFY(writeFile(working(), QByteArray(8192, 'x')));
+            QVERIFY(test::writeFile(working(), QByteArray(8192, 'x')));
             rowsReachable = false;
         } else if (damage == QLatin1String("no verb table")) {
             QVERIFY(test::runSql(working(), QStringLiteral("DROP TABLE verb")));
@@ -278,17 +278,7 @@ private:
                                                     .arg(favourites)
                                                     .arg(history)));
     }
-    static bool writeFile(const QString &path, const QByteArray &bytes)
-    {
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-    }
-    static QByteArray contents(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    QString logText() const { return QString::fromUtf8(contents(CrashLog::logFilePath())); }
+    QString logText() const { return QString::fromUtf8(test::readFile(CrashLog::logFilePath())); }
     int pageSize() const { return column("PRAGMA page_size").value(0).toInt(); }
     QString working() const { return VerbStore::workingCopyPath(m_docs); }
     QStringList column(const QString &sql) const { return test::querySingleColumn(working(), sql); }

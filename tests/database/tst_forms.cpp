@@ -1,6 +1,6 @@
 // Checks the built master verbs.db class by class against the rules of Italian
 // conjugation the sources spell out: stressed-i verbs in -iare, -isc- in -ire,
-// compounds of irregular verbs, defective verbs, two standard forms in one cell,
+// compounds of irregular verbs, two standard forms in one cell,
 // enclitic imperatives and the elision of ne.
 
 #include "MasterData.h"
@@ -39,7 +39,6 @@ private slots:
     void iscFollowsEachVerbsClass();
     void derivedVerbsAgreeOnIsc();
     void compoundsFollowTheirModel();
-    void defectiveVerbsLackTheirForms();
     void twoStandardFormsShowInOneCell();
     void encliticImperativesUseTheTruncatedForm();
     void neIsElidedBeforeEssere();
@@ -244,32 +243,6 @@ void TestForms::compoundsFollowTheirModel()
         }
     }
     QVERIFY(compared > 400);
-    QVERIFY2(problems.isEmpty(), describe(problems));
-}
-
-void TestForms::defectiveVerbsLackTheirForms()
-{
-    // The grammars' defective verbs: no participle (hence no compound tense), or only the
-    // third persons. None of these forms may come back from a guessed paradigm.
-    const QStringList withoutParticiple = {"competere", "concernere", "convergere", "discernere", "distare", "divergere",
-                                           "equidistare", "esimere", "incedere", "incombere", "prudere", "soccombere",
-                                           "splendere", "stridere", "urgere", "vertere", "vigere"};
-    const QStringList thirdPersonsOnly = {"concernere", "prudere", "urgere", "vertere", "vigere"};
-    QStringList problems;
-    for (const QString &name : withoutParticiple) {
-        const MasterVerb *v = verb(name);
-        if (!v || !v->ofType(4).isEmpty() || !v->ofType(7).isEmpty() || !v->ofType(9).isEmpty())
-            problems << name + ": has a participle or a compound tense";
-    }
-    for (const QString &name : thirdPersonsOnly) {
-        const MasterVerb *v = verb(name);
-        for (const Form &form : v ? v->forms : QList<Form>()) {
-            if (form.pronoun != 0 && form.pronoun != 3 && form.pronoun != 6)
-                problems << QStringLiteral("%1: type %2 person %3 '%4'").arg(name).arg(form.type).arg(form.pronoun).arg(form.text);
-        }
-        if (!v || v->form(6, 3).isEmpty())
-            problems << name + ": no third person";
-    }
     QVERIFY2(problems.isEmpty(), describe(problems));
 }
 

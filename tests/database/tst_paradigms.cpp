@@ -1,5 +1,5 @@
 // Checks the built master verbs.db for rules that cut across the form classes of
-// tst_forms: persons a verb lacks in every tense, the i of -ciare/-giare before e, the
+// tst_forms: the i of -ciare/-giare before e, the
 // cc of -acere before i, compounds conjugated wholly like their model, doublets that
 // keep their own spelling, the elision of the clitics la and ci, and lone irregular forms.
 
@@ -12,9 +12,6 @@
 using namespace master;
 
 namespace {
-
-const QList<int> simpleTenses = {6, 8, 10, 12, 15, 17, 19};
-const QList<int> compoundTenses = {7, 9, 11, 13, 16, 18, 20};
 
 // The word without its accents: ridò and rido spell the same letters.
 QString unaccented(const QString &word)
@@ -38,7 +35,6 @@ class TestParadigms : public QObject
 
 private slots:
     void initTestCase();
-    void compoundTensesOnlyInPersonsTheVerbHas();
     void ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed();
     void acereDoublesItsCBeforeI();
     void wholeCompoundsFollowTheirModelInEveryForm();
@@ -57,35 +53,6 @@ void TestParadigms::initTestCase()
 {
     QVERIFY2(m_master.load(QStringLiteral(NORVELLA_MASTER_DB)), NORVELLA_MASTER_DB " was not built");
     QVERIFY(m_verbs.size() > 6000);
-}
-
-void TestParadigms::compoundTensesOnlyInPersonsTheVerbHas()
-{
-    // The auxiliary has every person, the verb may not: volerci has ci vuole, ci vogliono
-    // and so only c'è voluto, ci sono voluti, whichever source says it lacks the others.
-    // A verb with a participle and a person in the present has that person in every
-    // compound tense.
-    QStringList problems;
-    for (const MasterVerb &v : std::as_const(m_verbs)) {
-        const bool hasParticiple = !v.ofType(4).isEmpty();
-        for (int person = 1; person <= 6; ++person) {
-            const bool inSimple = std::any_of(simpleTenses.cbegin(), simpleTenses.cend(),
-                                              [&](int type) { return !v.form(type, person).isEmpty(); });
-            for (const int type : compoundTenses) {
-                const bool inCompound = !v.form(type, person).isEmpty();
-                if (inCompound && !inSimple)
-                    problems << QStringLiteral("%1: type %2 person %3 '%4' but no simple form").arg(v.italian).arg(type).arg(person).arg(v.form(type, person));
-                if (!inCompound && hasParticiple && !v.form(6, person).isEmpty())
-                    problems << QStringLiteral("%1: type %2 person %3 missing").arg(v.italian).arg(type).arg(person);
-            }
-        }
-    }
-    const MasterVerb *volerci = verb("volerci");
-    QVERIFY(volerci);
-    QCOMPARE(volerci->ofType(7).size(), 2);
-    QCOMPARE(volerci->form(7, 3), QStringLiteral("c'è voluto/a"));
-    QCOMPARE(volerci->form(20, 6), QStringLiteral("ci sarebbero voluti/e"));
-    QVERIFY2(problems.isEmpty(), describe(problems));
 }
 
 void TestParadigms::ciareAndGiareKeepTheirIBeforeEOnlyWhenStressed()

@@ -41,8 +41,7 @@ bool ListFixture::create(const QString &extraSql)
 
 QString ListFixture::log() const
 {
-    QFile file(dir.filePath(QStringLiteral("norvella.log")));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return QString::fromUtf8(readFile(dir.filePath(QStringLiteral("norvella.log"))));
 }
 
 bool ListFixture::breakSchema(const QString &sql)

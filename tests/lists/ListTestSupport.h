@@ -7,6 +7,7 @@
 #include "Verb.h"
 
 #include <QAbstractItemModel>
+#include <QAbstractItemModelTester>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -27,6 +28,17 @@ struct ListFixture
     // Changes the schema behind the queue's back and makes its connection
     // reopen, so the next statement fails when it is prepared.
     bool breakSchema(const QString &sql);
+
+    // A list screen on the fixture as its view loads it, its model checked at every change.
+    template<typename List> std::unique_ptr<List> makeList() const
+    {
+        auto list = std::make_unique<List>();
+        new QAbstractItemModelTester(list.get(), QAbstractItemModelTester::FailureReportingMode::QtTest, list.get());
+        list->setSettings(settings.get());
+        list->setQueue(queue);
+        list->viewDidLoad();
+        return list;
+    }
 };
 
 // Extra rows the list tests rely on, on top of the shared fixture.

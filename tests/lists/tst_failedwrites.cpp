@@ -54,11 +54,7 @@ private:
     QString m_databasePath;
     QStringList m_messages;
 
-    QString log() const
-    {
-        QFile file(m_dir.filePath(QStringLiteral("norvella.log")));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString log() const { return QString::fromUtf8(test::readFile(m_dir.filePath(QStringLiteral("norvella.log")))); }
     QStringList rows(const char *sql) const { return test::querySingleColumn(m_databasePath, QString::fromUtf8(sql)); }
 
     template<typename List> std::unique_ptr<List> makeList(const std::shared_ptr<DatabaseQueue> &queue)

@@ -30,15 +30,7 @@ private:
     std::unique_ptr<FavouritesTableViewController> m_favourites;
     std::unique_ptr<VerbDetailTableViewController> m_screen;
 
-    template<typename List> std::unique_ptr<List> makeList()
-    {
-        auto list = std::make_unique<List>();
-        new QAbstractItemModelTester(list.get(), QAbstractItemModelTester::FailureReportingMode::QtTest, list.get());
-        list->setSettings(m_fixture->settings.get());
-        list->setQueue(m_fixture->queue);
-        list->viewDidLoad();
-        return list;
-    }
+    template<typename List> std::unique_ptr<List> makeList() { return m_fixture->makeList<List>(); }
 
     // The conjugation screen, opened on the record a list row holds, as a tap does.
     VerbDetailTableViewController &open(const VerbPtr &verb)

@@ -20,15 +20,7 @@ private:
     std::unique_ptr<test::ListFixture> m_fixture;
     QStringList m_messages;
 
-    template<typename List> std::unique_ptr<List> makeList()
-    {
-        auto list = std::make_unique<List>();
-        new QAbstractItemModelTester(list.get(), QAbstractItemModelTester::FailureReportingMode::QtTest, list.get());
-        list->setSettings(m_fixture->settings.get());
-        list->setQueue(m_fixture->queue);
-        list->viewDidLoad();
-        return list;
-    }
+    template<typename List> std::unique_ptr<List> makeList() { return m_fixture->makeList<List>(); }
 
     QStringList ids(const char *table) const
     {

@@ -94,18 +94,7 @@ private slots:
                 << QVariantMap{{"IncludeEnglish", true}} << "en-GB"
                 << sql("simplified_italian", italianOnly + " OR english LIKE ? OR english LIKE ?")
                 << QVariantList{"and%", "and%", "and%", "and%"};
-        QTest::newRow("an unknown language is English")
-                << QVariantMap{{"IncludeEnglish", true}, {"translation_language", "tr"}, {"SortByLang", false}}
-                << "de-DE" << sql("english", italianOnly + " OR english LIKE ? OR english LIKE ?")
-                << QVariantList{"and%", "and%", "and%", "and%"};
-        QTest::newRow("German, sorted by translation")
-                << QVariantMap{{"IncludeEnglish", true}, {"translation_language", "de"}, {"SortByLang", false}}
-                << "en-GB" << sql("simplified_german", italianOnly + " OR german LIKE ? OR simplified_german LIKE ?")
-                << QVariantList{"and%", "and%", "and%", "and%"};
-        QTest::newRow("automatic Brazilian Portuguese")
-                << QVariantMap{{"IncludeEnglish", true}, {"SortByLang", false}} << "pt-BR"
-                << sql("simplified_portuguese", italianOnly + " OR portuguese LIKE ? OR simplified_portuguese LIKE ?")
-                << QVariantList{"and%", "and%", "and%", "and%"};
+        // Each language's columns, by the setting or the device: tst_translationlanguages.
         QTest::newRow("an empty language code is automatic")
                 << QVariantMap{{"IncludeEnglish", true}, {"translation_language", ""}, {"SortByLang", false}}
                 << "fr-CH" << sql("simplified_french", italianOnly + " OR french LIKE ? OR simplified_french LIKE ?")

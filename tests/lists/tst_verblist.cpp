@@ -20,12 +20,7 @@ private:
 
     std::unique_ptr<VerbListTableViewController> makeList()
     {
-        auto list = std::make_unique<VerbListTableViewController>();
-        new QAbstractItemModelTester(list.get(), QAbstractItemModelTester::FailureReportingMode::QtTest, list.get());
-        list->setSettings(m_fixture->settings.get());
-        list->setQueue(m_fixture->queue);
-        list->viewDidLoad();
-        return list;
+        return m_fixture->makeList<VerbListTableViewController>();
     }
 
 private slots:

@@ -1,6 +1,6 @@
 // The learner's practice rows go through an update of the working copy like
-// favourites and history: killed at any step of it, they are all there after
-// the next launch; a damaged practice table costs only its unreadable rows.
+// favourites and history (tst_crashsafety kills such an update at every step);
+// a damaged practice table costs only its unreadable rows.
 #include "AppSandbox.h"
 #include "PracticeTables.h"
 #include "Settings.h"
@@ -54,26 +54,6 @@ private slots:
         QVERIFY(!WorkingCopy::readUserRows(plain).practice.present);
     }
 
-    void killAtEveryStepOfAnUpdate()
-    {
-        int step = 1;
-        for (;; ++step) {
-            QVERIFY(step < 50);
-            makeInstall(OldVersion);
-            const test::AppSandbox::Run killed = m_app->launchKilledAtStep(step);
-            if (!killed.killed) {
-                QCOMPARE(killed.exitCode, 0);
-                break;
-            }
-            QCOMPARE(m_app->launch().exitCode, 0);
-            checkEverythingKept(QStringLiteral("step %1").arg(step));
-            if (QTest::currentTestFailed())
-                return;
-        }
-        QVERIFY(step > 5);
-        checkEverythingKept(QStringLiteral("uninterrupted"));
-    }
-
     // Garbage over a page of the cards: the next launch rebuilds the copy,
     // keeps every favourite, history entry and review, and the cards it can read.
     void damagedPracticeTable()
@@ -102,18 +82,6 @@ private slots:
     }
 
 private:
-    void checkEverythingKept(const QString &when)
-    {
-        const QByteArray context = when.toUtf8();
-        QVERIFY2(test::querySingleColumn(working(), Favourites) == QStringList{m_favourites}, context);
-        QVERIFY2(test::querySingleColumn(working(), History) == QStringList{m_history}, context);
-        QVERIFY2(test::querySingleColumn(working(), PracticeCards) == QStringList{m_cards}, context);
-        QVERIFY2(test::querySingleColumn(working(), PracticeReviews) == QStringList{m_reviews}, context);
-        QVERIFY2(test::querySingleColumn(working(), "PRAGMA user_version")
-                         == QStringList{QString::number(WorkingCopy::encodeVersion(QStringLiteral(NORVELLA_APP_VERSION)))},
-                 context);
-    }
-
     // A copy of the given version with favourites, history and practice rows.
     void makeInstall(const QString &version)
     {

@@ -117,21 +117,13 @@ private slots:
                 "\"$SELF\" || exit 79; \"$APP\" --first-frame; status=$?; rm -f \"$DOCS\"/filler*; "
                 "mkdir -p \"$AFTER\" && cp -a \"$DOCS\"/. \"$AFTER\"/; exit $status")
                                        .arg(room);
-        QProcessEnvironment env = app.environment();
-        env.insert(QStringLiteral("DOCS"), app.docs());
-        env.insert(QStringLiteral("SEED"), seed);
-        env.insert(QStringLiteral("AFTER"), after);
-        env.insert(QStringLiteral("APP"), app.binary());
-        env.insert(QStringLiteral("SELF"), QCoreApplication::applicationFilePath());
-        env.insert(QString::fromLatin1(ChildVariable), app.working());
-        QProcess run;
-        run.setProcessEnvironment(env);
-        run.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
-        QVERIFY(run.waitForFinished(120000));
-        const QByteArray err = run.readAllStandardError();
-        if (run.exitCode() == 77)
+        const test::AppSandbox::Run run = app.inMountNamespace(
+                script, {{"DOCS", app.docs()}, {"SEED", seed}, {"AFTER", after}, {"APP", app.binary()},
+                         {"SELF", QCoreApplication::applicationFilePath()}, {ChildVariable, app.working()}});
+        const QByteArray &err = run.err;
+        if (run.exitCode == 77)
             QSKIP("no tmpfs can be mounted here");
-        QVERIFY2(run.exitStatus() == QProcess::NormalExit && run.exitCode() == 0, err.constData());
+        QVERIFY2(run.exitCode == 0, err.constData());
         QVERIFY2(err.contains("child: answer refused, card kept"), err.constData());
         QVERIFY2(err.contains("An error occurred when saving practice progress: database or disk is full"),
                  err.constData());

@@ -3,6 +3,7 @@
 #include "CrashLog.h"
 #include "NotificationCenter.h"
 #include "SystemAppearance.h"
+#include "TestSupport.h"
 
 #include <QGuiApplication>
 #include <QTemporaryDir>
@@ -89,9 +90,7 @@ private slots:
         CrashLog::setLogFilePath(log);
         Appearance &theme = Appearance::shared();
         QVERIFY(!theme.load(broken.fileName()));
-        QFile logFile(log);
-        QVERIFY(logFile.open(QIODevice::ReadOnly));
-        QVERIFY(logFile.readAll().contains("Unable to read colours"));
+        QVERIFY(test::readFile(log).contains("Unable to read colours"));
         CrashLog::setLogFilePath({});
         for (ColorScheme scheme : {ColorScheme::Light, ColorScheme::Dark}) {
             QVERIFY(theme.roleNames(scheme).isEmpty());
@@ -201,9 +200,7 @@ private slots:
         CrashLog::setLogFilePath({});
         QCOMPARE(theme.choice(), QStringLiteral("system"));
         QVERIFY(!theme.dark());
-        QFile log(dir.filePath("log.txt"));
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY(log.readAll().contains("Unknown appearance \"sepia\""));
+        QVERIFY(test::readFile(dir.filePath("log.txt")).contains("Unknown appearance \"sepia\""));
     }
 
     void textScaleComesFromTheOverrideOrTheSystemFont_data()

@@ -93,17 +93,12 @@ private slots:
         const QString suffix = QStringLiteral("-%1x%2-%3").arg(size.width()).arg(size.height()).arg(language);
         qml.grab("settings" + suffix);
 
-        // Each detail row opens its own sheet; the last one asks before clearing the history.
+        // The sheets in every language: everyTextFitsInEveryLanguage. Clearing the history
+        // cannot be undone: its button stands apart from cancel, and stays readable.
         using Options = OptionsTableViewController;
-        const QList<std::tuple<int, int, QString>> sheets{
-                {1, 1, Options::LanguageSheet}, {1, 2, Options::SpeedSheet}, {2, 1, Options::ClearHistorySheet}};
-        for (const auto &[section, row, sheet] : sheets) {
-            controller->rowTapped(section, row);
-            qml.settle(350);
-            qml.grab("settings-" + sheet + suffix);
-            QVERIFY2(control(qml, "QQuickItemDelegate", controller->sheetChoices(sheet).last()), qPrintable(sheet));
-        }
-        // Clearing cannot be undone: its button stands apart from cancel, and stays readable.
+        controller->rowTapped(2, 1);
+        qml.settle(350);
+        qml.grab("settings-" + Options::ClearHistorySheet + suffix);
         const QQuickItem *confirm = control(qml, "QQuickItemDelegate", controller->sheetChoices(Options::ClearHistorySheet)[0]);
         const QQuickItem *cancel = qml.button(controller->sheetCancelText(Options::ClearHistorySheet));
         QVERIFY(confirm && cancel);
@@ -151,8 +146,8 @@ private slots:
         QVERIFY2(qml.clean(), test::WarningCollector::report());
     }
 
-    // German and Dutch run long: on a narrow phone no text of the screen or its sheets is
-    // cut short or runs past its place.
+    // German and Dutch run long: on a narrow phone each detail row opens its own sheet, and
+    // no text of the screen or its sheets is cut short or runs past its place.
     void everyTextFitsInEveryLanguage_data()
     {
         QTest::addColumn<QString>("language");
@@ -186,6 +181,7 @@ private slots:
                                                   std::tuple{2, 1, Options::ClearHistorySheet}}) {
             controller->rowTapped(section, row);
             qml.settle(350);
+            QVERIFY2(control(qml, "QQuickItemDelegate", controller->sheetChoices(sheet).last()), qPrintable(sheet));
             collect();
         }
         cut.removeDuplicates();

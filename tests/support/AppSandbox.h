@@ -84,6 +84,25 @@ public:
         return launch({{QStringLiteral("NORVELLA_KILL_AT"), QString::number(step)}});
     }
 
+    // A shell script in a mount namespace of its own, where it may mount a small
+    // tmpfs, with this sandbox's environment and the extra variables.
+    Run inMountNamespace(const QString &script, const QHash<QString, QString> &extra = {}, int timeoutMs = 120000) const
+    {
+        QProcessEnvironment env = environment();
+        for (auto it = extra.cbegin(); it != extra.cend(); ++it)
+            env.insert(it.key(), it.value());
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral("unshare"), {QStringLiteral("-rm"), QStringLiteral("sh"), QStringLiteral("-c"), script});
+        Run run;
+        if (!process.waitForFinished(timeoutMs))
+            return run;
+        run.killed = process.exitStatus() == QProcess::CrashExit;
+        run.exitCode = run.killed ? -1 : process.exitCode();
+        run.err = process.readAllStandardError();
+        return run;
+    }
+
     void removeWorkingFiles() const
     {
         for (const QString &name : QDir(m_docs).entryList(QDir::Files))

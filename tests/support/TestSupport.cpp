@@ -6,13 +6,17 @@
 
 namespace norvella::test {
 
-namespace {
-QString readFile(const QString &path)
+QByteArray readFile(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-} // namespace
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
 
 bool runSql(const QString &path, const QString &sql)
 {
@@ -33,10 +37,10 @@ bool runSql(const QString &path, const QString &sql)
 bool createFixtureDatabase(const QString &path, const QString &extraSql, bool withFixtureRows)
 {
     QFile::remove(path);
-    const QString schema = readFile(QStringLiteral(NORVELLA_SCHEMA_SQL));
+    const QString schema = QString::fromUtf8(readFile(QStringLiteral(NORVELLA_SCHEMA_SQL)));
     if (schema.isEmpty() || !runSql(path, schema))
         return false;
-    if (withFixtureRows && !runSql(path, readFile(QStringLiteral(NORVELLA_FIXTURE_SQL))))
+    if (withFixtureRows && !runSql(path, QString::fromUtf8(readFile(QStringLiteral(NORVELLA_FIXTURE_SQL)))))
         return false;
     return extraSql.isEmpty() || runSql(path, extraSql);
 }

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 namespace norvella::test {
+
+// The whole file, empty when it cannot be read.
+QByteArray readFile(const QString &path);
+// Replaces the file's contents; false unless every byte was written.
+bool writeFile(const QString &path, const QByteArray &bytes);
 
 // Builds a database with the app's schema and the small fixture data set;
 // extraSql runs afterwards (to add rows a test needs). Returns false on any error.
