@@ -3,9 +3,11 @@
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QList>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QScreen>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -20,8 +22,17 @@ namespace {
 
 constexpr int Resolution = 300;
 constexpr qreal MarginCm = 2.0;
-// Frame margins are given at the layout's reference resolution; it scales them to the device.
-constexpr qreal LayoutDpi = 96.0;
+
+// The resolution the text layout takes a format's lengths (a frame's margin,
+// a CSS padding) to be given at: it scales them by the device's over this one,
+// Qt's default, which follows the primary screen.
+qreal layoutDpi()
+{
+    if (QCoreApplication::testAttribute(Qt::AA_Use96Dpi))
+        return 96;
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    return screen ? qRound(screen->logicalDotsPerInchY()) : 96;
+}
 
 // A table in the page flow and the heading that introduces it, if one does.
 struct Unit
@@ -169,12 +180,11 @@ QByteArray render(const QString &html, const QPageSize &paper)
         document.setHtml(html);
         writer.setTitle(document.metaInformation(QTextDocument::DocumentTitle));
         document.documentLayout()->setPaintDevice(&writer);
-        const qreal layoutMargin = MarginCm / 2.54 * LayoutDpi;
+        const qreal margin = MarginCm / 2.54 * writer.logicalDpiY();
         QTextFrameFormat root = document.rootFrame()->frameFormat();
-        root.setMargin(layoutMargin);
+        root.setMargin(margin * layoutDpi() / writer.logicalDpiY());
         document.rootFrame()->setFrameFormat(root);
         document.setPageSize(QSizeF(writer.width(), writer.height()));
-        const qreal margin = layoutMargin * writer.logicalDpiY() / LayoutDpi;
         keepUnitsWhole(document, writer.height(), writer.height() - 2 * margin);
         drawn = drawPages(document, writer, margin);
     }
