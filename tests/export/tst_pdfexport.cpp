@@ -181,8 +181,9 @@ private slots:
         QString error;
         const QStringList pages = pagesOf(pdf, &error);
         QVERIFY2(pages.size() >= 2, qPrintable(error));
+        // A page that holds nothing but its number would be a break too many.
         for (int page = 0; page < pages.size(); ++page)
-            QVERIFY2(!pages[page].isEmpty(), qPrintable(QStringLiteral("page %1 is blank").arg(page + 1)));
+            QVERIFY2(pages[page] != QString::number(page + 1), qPrintable(QStringLiteral("page %1 is blank").arg(page + 1)));
         QVERIFY2(pages.first().startsWith(verb), qPrintable(pages.first().left(80)));
 
         // Walk the tenses in order: heading, then every row, each found after the last.
@@ -210,6 +211,7 @@ private slots:
                                                                      .arg(moodPage + 1)
                                                                      .arg(headingPage + 1)));
             QVERIFY2(headingPage >= 0, qPrintable("no heading " + tense.heading));
+            QVERIFY(!tense.rows.isEmpty());
             if (&tense == &tenses.first())
                 QVERIFY2(headingPage == 0, "the first tense left the verb's first page");
             for (const QString &row : tense.rows) {
