@@ -2,6 +2,7 @@
 
 #include "CrashLog.h"
 #include "LinkOpener.h"
+#include "PdfPages.h"
 #include "Settings.h"
 #include "Strings.h"
 #include "VerbExport.h"
@@ -12,11 +13,9 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QHash>
-#include <QPdfWriter>
 #include <QPointer>
 #include <QSaveFile>
 #include <QStandardPaths>
-#include <QTextDocument>
 #include <QUrl>
 
 namespace norvella {
@@ -167,30 +166,42 @@ bool ShareSheetController::saveFile(const QString &extension, const QByteArray &
     return true;
 }
 
-bool ShareSheetController::writePdf(const QString &html, const QString &path)
+bool ShareSheetController::writePdf(const QString &html, const QString &path, const QPageSize &paper, QString *error)
 {
-    {
-        QTextDocument document;
-        document.setHtml(html);
-        QPdfWriter writer(path);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        // The document brings its own 2 cm margin and page numbers when printed.
-        writer.setPageMargins(QMarginsF(0, 0, 0, 0));
-        writer.setResolution(300);
-        writer.setTitle(document.metaInformation(QTextDocument::DocumentTitle));
-        writer.setCreator(QStringLiteral("Norvella"));
-        document.print(&writer);
+    const QByteArray pdf = PdfPages::render(html, paper);
+    if (pdf.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("the pages could not be drawn");
+        return false;
     }
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && file.read(5) == "%PDF-";
+    // Written beside the target and renamed over it once complete: a full disk
+    // leaves the earlier file, or none, never a cut one.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(pdf) != pdf.size() || !file.commit()) {
+        if (error)
+            *error = file.errorString();
+        return false;
+    }
+    return true;
+}
+
+QPageSize ShareSheetController::paperFor(const QLocale &locale)
+{
+    static const QList<QLocale::Territory> letter{
+            QLocale::UnitedStates, QLocale::Canada, QLocale::Mexico, QLocale::Chile, QLocale::Colombia,
+            QLocale::Venezuela, QLocale::Philippines, QLocale::PuertoRico, QLocale::CostaRica,
+            QLocale::Guatemala, QLocale::Panama, QLocale::DominicanRepublic, QLocale::ElSalvador, QLocale::Nicaragua,
+    };
+    return QPageSize(letter.contains(locale.territory()) ? QPageSize::Letter : QPageSize::A4);
 }
 
 bool ShareSheetController::savePdfFile()
 {
     QDir().mkpath(m_saveFolder);
     const QString path = QDir(m_saveFolder).filePath(fileName(QStringLiteral("pdf")));
-    if (!writePdf(m_html, path)) {
-        CrashLog::log(QStringLiteral("Unable to write the PDF export to %1").arg(path));
+    QString error;
+    if (!writePdf(m_html, path, paperFor(QLocale::system()), &error)) {
+        CrashLog::log(QStringLiteral("Unable to write the PDF export to %1: %2").arg(path, error));
         setStatus(Strings::text(QStringLiteral("export.share.save_failed")).arg(QDir::toNativeSeparators(path)));
         return false;
     }

@@ -2,7 +2,9 @@
 
 #include "DesktopMail.h"
 
+#include <QLocale>
 #include <QObject>
+#include <QPageSize>
 #include <QQmlEngine>
 #include <QStringList>
 
@@ -77,7 +79,10 @@ public:
 
     // "essere.html": the verb's name made safe for any file system.
     QString fileName(const QString &extension) const;
-    static bool writePdf(const QString &html, const QString &path);
+    // The HTML as a PDF on `paper`; on failure nothing new is left at `path` and `error` says why.
+    static bool writePdf(const QString &html, const QString &path, const QPageSize &paper, QString *error = nullptr);
+    // The paper people in the locale's region print on: Letter in the Americas that use it, else A4.
+    static QPageSize paperFor(const QLocale &locale);
 
 signals:
     void documentsChanged();
