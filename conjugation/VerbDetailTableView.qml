@@ -197,7 +197,9 @@ Page {
         onSegmentSelected: index => controller.selectVerbTypes(index)
     }
 
-    // Both presentations are fed together; the width decides which one shows.
+    // The width decides which presentation shows, and only that one is fed:
+    // the hidden one would keep a delegate for every form of the mood (the
+    // grid makes all its blocks at once), megabytes no one sees.
     ConjugationTable {
         id: table
         objectName: "conjugationTable"
@@ -205,7 +207,7 @@ Page {
         anchors.bottom: parent.bottom
         width: parent.width
         visible: controller.hasVerb && !screen.regularWidth
-        model: controller.tableModel
+        model: screen.regularWidth ? null : controller.tableModel
         onModelVerbActivated: controller.openModelVerb()
         onHeightChanged: pendingLater.restart()
         onContentYChanged: screen.notePlace(table)
@@ -219,7 +221,7 @@ Page {
         anchors.bottom: parent.bottom
         width: parent.width
         visible: controller.hasVerb && screen.regularWidth
-        model: controller.gridModel
+        model: screen.regularWidth ? controller.gridModel : null
         heading: controller.verbRowText
         notes: controller.usageNotes
         pattern: controller.pattern

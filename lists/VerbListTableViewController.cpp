@@ -88,34 +88,58 @@ void VerbListTableViewController::reload()
     m_verbs.clear();
     m_rowSources.clear();
     m_rowIndex.reset();
+    m_rowPool.clear();
     if (!queue())
         return;
     if (readFromIndex(column))
         return;
+    // The rows are packed as they come and made into records when shown:
+    // a record for each of 6,000 rows held some 10 MB.
+    QMap<QString, std::vector<RowSource>> sections;
     repository()->readVerbs(
             query(column), {}, VerbRowFields::Full, DatabaseErrors::ReadingVerbList,
-            [this](const VerbPtr &verb, const ResultSet &row) {
-                m_verbs[row.stringForColumn(QStringLiteral("index_letter")).toUpper()].append(verb);
+            [this, &sections](const VerbPtr &verb, const ResultSet &row) {
+                RowSource source;
+                source.pooled = m_rowPool.add(*verb);
+                sections[row.stringForColumn(QStringLiteral("index_letter")).toUpper()].push_back(source);
             },
-            [this](bool read) {
-                if (read) {
-                    QStringList keys = m_verbs.keys();
-                    sortKeys(keys);
-                    if (keys != m_keys) {
-                        m_keys = keys;
-                        emit keysChanged();
-                    }
-                } else {
+            [this, &sections](bool read) {
+                m_rowPool.squeeze();
+                if (!read) {
                     // The old section titles stay, over an empty list.
-                    m_verbs.clear();
+                    m_rowPool.clear();
+                    reloadData({});
+                    return;
                 }
-                std::vector<Row> flat;
-                for (const QString &key : std::as_const(m_keys)) {
-                    for (const VerbPtr &verb : m_verbs.value(key))
-                        flat.push_back({verb, key});
-                }
-                reloadData(std::move(flat));
+                showSections(sections);
             });
+}
+
+void VerbListTableViewController::showSections(const QMap<QString, std::vector<RowSource>> &sections)
+{
+    QStringList keys = sections.keys();
+    sortKeys(keys);
+    if (keys != m_keys) {
+        m_keys = keys;
+        emit keysChanged();
+    }
+    std::vector<Row> flat;
+    size_t total = 0;
+    for (const auto &inSection : sections)
+        total += inSection.size();
+    flat.reserve(total);
+    m_rowSources.reserve(total);
+    for (const QString &key : std::as_const(m_keys)) {
+        const std::vector<RowSource> &inSection = sections[key];
+        m_verbs.insert(key, QList<VerbPtr>(qsizetype(inSection.size())));
+        for (size_t i = 0; i < inSection.size(); ++i) {
+            flat.push_back({nullptr, key});
+            m_rowSources.push_back(inSection[i]);
+            m_rowSources.back().section = key;
+            m_rowSources.back().inSection = qsizetype(i);
+        }
+    }
+    reloadData(std::move(flat));
 }
 
 // The statement sorts some 6,000 rows on every reload (a favourite toggled on
@@ -136,34 +160,20 @@ bool VerbListTableViewController::readFromIndex(const QString &column)
     std::vector<SearchIndex::Hit> hits;
     index->everyVerb(order, favourites, hits);
     // Records are made when a row is shown: most of 6,000 never are.
-    QMap<QString, std::vector<SearchIndex::Hit>> sections;
-    for (const SearchIndex::Hit &hit : hits)
-        sections[index->listSection(hit, order)].push_back(hit);
-    QStringList keys = sections.keys();
-    sortKeys(keys);
-    if (keys != m_keys) {
-        m_keys = keys;
-        emit keysChanged();
-    }
-    std::vector<Row> flat;
-    flat.reserve(hits.size());
-    m_rowSources.reserve(hits.size());
-    for (const QString &key : std::as_const(m_keys)) {
-        const std::vector<SearchIndex::Hit> &inSection = sections[key];
-        m_verbs.insert(key, QList<VerbPtr>(qsizetype(inSection.size())));
-        for (size_t i = 0; i < inSection.size(); ++i) {
-            flat.push_back({nullptr, key});
-            m_rowSources.push_back({inSection[i], key, qsizetype(i)});
-        }
+    QMap<QString, std::vector<RowSource>> sections;
+    for (const SearchIndex::Hit &hit : hits) {
+        RowSource source;
+        source.hit = hit;
+        sections[index->listSection(hit, order)].push_back(source);
     }
     m_rowIndex = index;
-    reloadData(std::move(flat));
+    showSections(sections);
     return true;
 }
 
 VerbPtr VerbListTableViewController::createRowVerb(int row) const
 {
-    if (!m_rowIndex || row < 0 || size_t(row) >= m_rowSources.size())
+    if (row < 0 || size_t(row) >= m_rowSources.size())
         return nullptr;
     const RowSource &source = m_rowSources[size_t(row)];
     auto section = m_verbs.find(source.section);
@@ -171,7 +181,7 @@ VerbPtr VerbListTableViewController::createRowVerb(int row) const
         return nullptr;
     VerbPtr &verb = (*section)[source.inSection];
     if (!verb)
-        verb = m_rowIndex->listVerb(source.hit);
+        verb = m_rowIndex ? m_rowIndex->listVerb(source.hit) : m_rowPool.verb(source.pooled);
     return verb;
 }
 

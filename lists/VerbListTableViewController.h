@@ -3,6 +3,7 @@
 #include "InterstitialTableViewController.h"
 #include "IrregularVerbListController.h"
 #include "SearchIndex.h"
+#include "VerbRowPool.h"
 
 #include <QMap>
 #include <QStringList>
@@ -63,17 +64,21 @@ private:
     bool readFromIndex(const QString &column);
     VerbPtr createRowVerb(int row) const override;
 
-    // Where a row read from the index finds its verb.
+    // Where a row finds its verb: in the index when it was read from there,
+    // else in the pool the statement's rows were packed into.
     struct RowSource
     {
         SearchIndex::Hit hit;
+        quint32 pooled = 0;
         QString section;
         qsizetype inSection = 0;
     };
+    void showSections(const QMap<QString, std::vector<RowSource>> &sections);
 
     mutable QMap<QString, QList<VerbPtr>> m_verbs;
     std::vector<RowSource> m_rowSources;
     std::shared_ptr<const SearchIndex> m_rowIndex;
+    VerbRowPool m_rowPool;
     QStringList m_keys;
     bool m_readsFromIndex = true;
     IrregularVerbListController *m_irregular;
