@@ -120,6 +120,13 @@ Page {
         controller: homeController.searchResultsController
     }
 
+    // Tab walks the page's children in order and Page adds its footer first:
+    // moving the tab bar to the end of the children lets Tab read top to bottom.
+    Component.onCompleted: {
+        tabBar.parent = null
+        tabBar.parent = home
+    }
+
     footer: TabBar {
         id: tabBar
         visible: !home.searching

@@ -364,6 +364,9 @@ private slots:
         const bool phone = size.width() < 700;
         withApp(size, [&](HomeViewController *home) {
             QVERIFY(home);
+            // Tab reads the home screen from the top: the menu, not the tab bar.
+            key(Qt::Key_Tab);
+            QCOMPARE(focusedName(), Strings::text(QStringLiteral("menu.open")));
             // From search: Ctrl+F, a few letters, Down into the results, Enter.
             key(Qt::Key_F, Qt::ControlModifier);
             QCOMPARE(m_window->activeFocusItem()->objectName(), QStringLiteral("searchField"));
