@@ -20,6 +20,20 @@
 
 namespace norvella {
 
+namespace {
+// Written beside the target and renamed over it once complete: a full disk
+// leaves the earlier file, or none, never a cut one.
+bool writeWhole(const QString &path, const QByteArray &contents, QString *error = nullptr)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit())
+        return true;
+    if (error)
+        *error = file.errorString();
+    return false;
+}
+} // namespace
+
 ShareSheetController::ShareSheetController(QObject *parent)
     : QObject(parent), m_saveFolder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
 {
@@ -140,7 +154,8 @@ bool ShareSheetController::perform(const QString &type)
     } else if (type == SaveText) {
         ok = saveFile(QStringLiteral("txt"), m_text.toUtf8());
     } else if (type == SavePdf) {
-        ok = savePdfFile();
+        // Empty when the pages could not be drawn, which saveFile reports.
+        ok = saveFile(QStringLiteral("pdf"), PdfPages::render(m_html, paperFor(QLocale::system())));
     } else if (type == Mail) {
         // The outcome arrives later, through finished().
         return sendMail();
@@ -155,10 +170,9 @@ bool ShareSheetController::saveFile(const QString &extension, const QByteArray &
 {
     const QString path = QDir(m_saveFolder).filePath(fileName(extension));
     QDir().mkpath(m_saveFolder);
-    QSaveFile file(path);
-    const bool ok = file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit();
-    if (!ok) {
-        CrashLog::log(QStringLiteral("Unable to save the export to %1: %2").arg(path, file.errorString()));
+    QString error = contents.isEmpty() ? QStringLiteral("there was nothing to write") : QString();
+    if (!error.isEmpty() || !writeWhole(path, contents, &error)) {
+        CrashLog::log(QStringLiteral("Unable to save the export to %1: %2").arg(path, error));
         setStatus(Strings::text(QStringLiteral("export.share.save_failed")).arg(QDir::toNativeSeparators(path)));
         return false;
     }
@@ -174,15 +188,7 @@ bool ShareSheetController::writePdf(const QString &html, const QString &path, co
             *error = QStringLiteral("the pages could not be drawn");
         return false;
     }
-    // Written beside the target and renamed over it once complete: a full disk
-    // leaves the earlier file, or none, never a cut one.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(pdf) != pdf.size() || !file.commit()) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
-    return true;
+    return writeWhole(path, pdf, error);
 }
 
 QPageSize ShareSheetController::paperFor(const QLocale &locale)
@@ -195,19 +201,6 @@ QPageSize ShareSheetController::paperFor(const QLocale &locale)
     return QPageSize(letter.contains(locale.territory()) ? QPageSize::Letter : QPageSize::A4);
 }
 
-bool ShareSheetController::savePdfFile()
-{
-    QDir().mkpath(m_saveFolder);
-    const QString path = QDir(m_saveFolder).filePath(fileName(QStringLiteral("pdf")));
-    QString error;
-    if (!writePdf(m_html, path, paperFor(QLocale::system()), &error)) {
-        CrashLog::log(QStringLiteral("Unable to write the PDF export to %1: %2").arg(path, error));
-        setStatus(Strings::text(QStringLiteral("export.share.save_failed")).arg(QDir::toNativeSeparators(path)));
-        return false;
-    }
-    setStatus(Strings::text(QStringLiteral("export.share.saved")).arg(QDir::toNativeSeparators(path)), path);
-    return true;
-}
 
 bool ShareSheetController::sendMail()
 {
@@ -215,10 +208,8 @@ bool ShareSheetController::sendMail()
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/export");
     QDir().mkpath(folder);
     const QString attachment = QDir(folder).filePath(fileName(QStringLiteral("html")));
-    QSaveFile file(attachment);
-    const QByteArray html = m_html.toUtf8();
     QStringList attachments;
-    if (file.open(QIODevice::WriteOnly) && file.write(html) == html.size() && file.commit())
+    if (writeWhole(attachment, m_html.toUtf8()))
         attachments << attachment;
 
     QPointer<ShareSheetController> self(this);

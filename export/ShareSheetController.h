@@ -93,7 +93,6 @@ signals:
 
 private:
     bool saveFile(const QString &extension, const QByteArray &contents);
-    bool savePdfFile();
     bool sendMail();
     void setStatus(const QString &message, const QString &savedPath = {}, const QString &copyText = {});
 

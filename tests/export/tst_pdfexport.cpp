@@ -272,7 +272,7 @@ private slots:
         const QString path = QDir(folder).filePath(QStringLiteral("essere.pdf"));
         QCOMPARE(sheet.statusMessage(), Strings::text("export.share.save_failed").arg(QDir::toNativeSeparators(path)));
         QVERIFY(sheet.lastSavedPath().isEmpty());
-        QVERIFY2(log().contains(QStringLiteral("Unable to write the PDF export to %1: ").arg(path)), qPrintable(log()));
+        QVERIFY2(log().contains(QStringLiteral("Unable to save the export to %1: ").arg(path)), qPrintable(log()));
     }
 
     void aFullDiskKeepsNoHalfFile()
@@ -301,7 +301,7 @@ private slots:
                                                           .arg(QDir::toNativeSeparators(path)) + "\n").toUtf8()),
                  err.constData());
         QVERIFY2(err.contains("child: files=\n"), err.constData());
-        QVERIFY2(log().contains(QStringLiteral("Unable to write the PDF export to %1").arg(path)), qPrintable(log()));
+        QVERIFY2(log().contains(QStringLiteral("Unable to save the export to %1").arg(path)), qPrintable(log()));
     }
 
 private:
