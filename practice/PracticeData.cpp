@@ -1,6 +1,7 @@
 #include "PracticeData.h"
 
 #include "PracticeOptions.h"
+#include "Settings.h"
 #include "VerbRepository.h"
 
 namespace norvella {
@@ -62,7 +63,9 @@ PracticeDeck PracticeDataClient::fallbackDeck() const
 
 SessionOptions PracticeDataClient::readOptions(const Settings &settings) const
 {
-    return PracticeOptions::read(settings, fallbackDeck());
+    // The favourites are looked at only while the learner has no deck of their own.
+    return PracticeOptions::read(settings, settings.contains(PracticeOptions::Deck) ? PracticeDeck::Favourites
+                                                                                    : fallbackDeck());
 }
 
 void PracticeDataClient::attach(PracticeData *data)

@@ -93,7 +93,7 @@ QStringList PracticeProgressController::deckTitles() const
 
 QVariantList PracticeProgressController::tenseChoices() const
 {
-    const QList<int> chosen = readOptions(settings()).tenses;
+    const QList<int> chosen = PracticeOptions::read(settings()).tenses;
     QVariantList list;
     for (int tense : PracticeCards::practisableTenses()) {
         list << QVariantMap{{QStringLiteral("type"), tense},
@@ -106,7 +106,7 @@ QVariantList PracticeProgressController::tenseChoices() const
 
 QVariantList PracticeProgressController::personChoices() const
 {
-    const QList<int> chosen = readOptions(settings()).persons;
+    const QList<int> chosen = PracticeOptions::read(settings()).persons;
     QVariantList list;
     for (int person = 1; person <= 6; ++person) {
         list << QVariantMap{{QStringLiteral("person"), person},
@@ -118,7 +118,7 @@ QVariantList PracticeProgressController::personChoices() const
 
 int PracticeProgressController::newPerDay() const
 {
-    return readOptions(settings()).newPerDay;
+    return PracticeOptions::read(settings()).newPerDay;
 }
 
 void PracticeProgressController::setNewPerDay(int count)
@@ -129,7 +129,7 @@ void PracticeProgressController::setNewPerDay(int count)
 
 int PracticeProgressController::reviewsPerDay() const
 {
-    return readOptions(settings()).reviewsPerDay;
+    return PracticeOptions::read(settings()).reviewsPerDay;
 }
 
 void PracticeProgressController::setReviewsPerDay(int count)
